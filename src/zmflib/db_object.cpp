@@ -1,0 +1,3 @@
+#include "zmflib/db_object.h"
+
+CDbObjectBase::~CDbObjectBase() = default;

@@ -1,0 +1,57 @@
+// The SQLite backend: a model file is one SQLite database (.zmf).
+#pragma once
+
+#include <string>
+#include <unordered_set>
+
+#include "zmflib/zmf_file.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+// A .zmf model file. One SQL table per catalogue table (columns as in the
+// catalogue, rows in insertion order), plus three small tables of the store's own:
+// zmf_meta (format version), zmf_table_info (size estimates) and zmf_key_counter
+// (the key allocator). docs/file-format.md describes the layout.
+class CSqliteZmfFile final : public CZmfFile {
+  public:
+    static std::unique_ptr<CZmfFile> CreateFile(const std::string& path, DWORD formatVersion,
+                                                std::string* error);
+    static std::unique_ptr<CZmfFile> OpenFile(const std::string& path, std::string* error);
+
+    ~CSqliteZmfFile() override;
+
+    bool Verify() override;
+
+    // Backend internals, used by its tables.
+    sqlite3* Db() const { return m_db; }
+    bool TableExists(const char* name) const { return m_existing.count(name) != 0; }
+    bool EnsureTableExists(const SZmfTableDesc& desc);
+    // Prepares `sql`; on failure records the error (with `what`) and returns null.
+    sqlite3_stmt* Prepare(const std::string& sql, const char* what);
+    // Records the database's current error message, prefixed by `what`.
+    void SetDbError(const char* what);
+    // Runs `sql`; false (and an error) on failure.
+    bool Exec(const char* sql, const char* what);
+    // Writes rows inserted outside a save at once, with the key counters they used.
+    bool WriteThrough(CTableBase& table);
+
+  protected:
+    std::unique_ptr<CTableBase> CreateTable(const SZmfTableDesc& desc) override;
+    bool BeginSave() override;
+    bool CommitSave() override;
+
+  private:
+    CSqliteZmfFile(std::string path, DWORD formatVersion, bool readOnly, sqlite3* db);
+
+    bool Configure();
+    bool CreateSchema();
+    bool LoadBookkeeping();
+    bool CheckTables();
+    bool CheckLength();
+    bool PersistBookkeeping();
+    bool FlushAll();
+
+    sqlite3* m_db;  // owned; closed with sqlite3_close_v2 so that late statements are safe
+    std::unordered_set<std::string> m_existing;  // catalogue tables present in the file
+};

@@ -1,0 +1,72 @@
+#include "zmflib/zmf_file.h"
+
+#include "zmflib/catalogue.h"
+
+CZmfFile::CZmfFile(std::string path, DWORD formatVersion, bool readOnly)
+    : m_path(std::move(path)), m_formatVersion(formatVersion), m_readOnly(readOnly) {}
+
+CZmfFile::~CZmfFile() = default;
+
+void CZmfFile::SetError(const std::string& cause) {
+    m_lastError = m_path + ": " + cause;
+}
+
+CTableBase* CZmfFile::TableFor(const char* name) {
+    const SZmfTableDesc* desc = zmf::FindTableByName(name);
+    if (!desc) {
+        SetError(std::string("unknown table \"") + (name ? name : "(null)") + "\"");
+        return nullptr;
+    }
+    auto& slot = m_tables[desc];
+    if (!slot) slot = CreateTable(*desc);
+    return slot.get();
+}
+
+CTableBase* CZmfFile::GetTable(const char* name) {
+    return TableFor(name);
+}
+
+CTableBase* CZmfFile::GetEmptyTable(const char* name) {
+    CTableBase* table = TableFor(name);
+    if (!table) return nullptr;
+    if (m_readOnly) {
+        SetError("cannot save: the file is read-only");
+        return nullptr;
+    }
+    if (!m_saving) {
+        if (!BeginSave()) return nullptr;
+        m_saving = true;
+    }
+    return table->Clear() ? table : nullptr;
+}
+
+int CZmfFile::ReleaseTable(CTableBase** table, int /*flag*/) {
+    if (!table || !*table) return 0;
+    CTableBase* t = *table;
+    auto it = m_tables.find(&t->GetDesc());
+    if (it == m_tables.end() || it->second.get() != t) return 0;
+    *table = nullptr;
+    return t->Flush() ? 1 : 0;
+}
+
+const char* CZmfFile::GetTableName(int tableId) const {
+    const SZmfTableDesc* desc = zmf::FindTableByNumber(tableId);
+    return desc ? desc->name : nullptr;
+}
+
+void CZmfFile::SetFormatVersion(DWORD version) {
+    if (version == m_formatVersion) return;
+    m_formatVersion = version;
+    m_versionDirty = true;
+}
+
+bool CZmfFile::Commit() {
+    if (m_readOnly) {
+        if (!m_versionDirty) return true;
+        SetError("cannot save: the file is read-only");
+        return false;
+    }
+    const bool ok = CommitSave();
+    m_saving = false;
+    return ok;
+}

@@ -1,0 +1,119 @@
+// The catalogue: names, both numberings, and the generated row classes.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "support/row_values.h"
+#include "zmflib.h"
+
+using tessmeta::test::MakeRow;
+using tessmeta::test::RowText;
+
+TEST(Catalogue, NamesNumbersAndKeyKindsAreUnique) {
+    std::set<std::string> names;
+    std::set<int> numbers, kinds;
+    for (const SZmfTableDesc* t : zmf::AllTables()) {
+        EXPECT_TRUE(names.insert(t->name).second) << t->name;
+        EXPECT_TRUE(numbers.insert(t->tableNumber).second) << t->name;
+        EXPECT_TRUE(kinds.insert(t->keyKind).second) << t->name;
+        ASSERT_FALSE(t->columns.empty());
+        EXPECT_EQ(t->columns[0].type, EZmfColumnType::Key) << t->name;
+        EXPECT_EQ(zmf::FindTableByName(t->name), t);
+        EXPECT_EQ(zmf::FindTableByNumber(t->tableNumber), t);
+    }
+    EXPECT_EQ(zmf::FindTableByName("NoSuchTable"), nullptr);
+    EXPECT_EQ(zmf::FindTableByName(nullptr), nullptr);
+    EXPECT_EQ(zmf::FindTableByNumber(0), nullptr);
+    // Every table a model file holds: name space, identity, meta and property
+    // tables, dictionary, references, code objects, repository and layout.
+    EXPECT_EQ(names.size(), 46u);
+}
+
+TEST(Catalogue, TheTwoNumberingsStayApart) {
+    struct Expected {
+        const char* name;
+        int number;
+        int kind;
+    };
+    const Expected fixed[] = {
+        {"MetaTable", 63, 55},
+        {"MetaClass_Member", 62, 54},
+        {"ObjectModification", 71, 62},
+        {"Data_Dictionary", 21, 20},
+        {"Object_Domain", 69, 60},
+        {"Delayed_Checkout", 28, 25},
+        {"Reference_Value", 83, 74},
+        {"Valid_Attachment_Type", 106, 88},
+        {"Attachment", 10, 10},
+        {"Attachment_Type", 11, 11},
+        {"Dictionary_Library", 31, 27},
+        {"Dictionary_Trigger", 35, 31},
+        {"Dictionary_Object", 32, 28},
+        {"Dictionary_Object_Type", 34, 30},
+        {"Dictionary_Object_Link", 33, 29},
+        {"Reusable_Procedure", 85, 76},
+        {"InterModelObjectLink", 56, 49},
+        {"InterModelRelationship", 57, 50},
+        {"Submodel_Algorithm", 94, 80},
+        {"Algorithm_Property", 1, 1},
+    };
+    for (const Expected& e : fixed) {
+        const SZmfTableDesc* t = zmf::FindTableByName(e.name);
+        ASSERT_NE(t, nullptr) << e.name;
+        EXPECT_EQ(t->tableNumber, e.number) << e.name;
+        EXPECT_EQ(t->keyKind, e.kind) << e.name;
+    }
+    const std::pair<const char*, int> kindsOnly[] = {
+        {"Bound_Dictionary_Object", 13}, {"DbTrigger", 22},     {"DbPackage", 23},
+        {"Object_Color_Override", 59},   {"Proc", 67},          {"Referenced_Object", 73},
+        {"Storage_Object", 77},          {"Templated_Proc", 86}};
+    for (auto [name, kind] : kindsOnly)
+        EXPECT_EQ(zmf::FindTableByName(name)->keyKind, kind);
+
+    auto file = CZmfFile::OpenMemory();
+    EXPECT_STREQ(file->GetTableName(69), "Object_Domain");
+    EXPECT_STREQ(file->GetTableName(62), "MetaClass_Member");
+    // 55 is MetaTable's key kind, not a table number.
+    EXPECT_EQ(file->GetTableName(55), nullptr);
+    EXPECT_EQ(file->GetTableName(-1), nullptr);
+}
+
+TEST(Catalogue, RowClassesExposeColumnsAsFields) {
+    CReference_ValueBase ref(5);
+    EXPECT_EQ(ref.Reference_Value_ID, 5u);
+    ref.Dictionary_Object_ID = 9;
+    ref.IsRange = -1;
+    EXPECT_EQ(ref.GetTechKey(), 5u);
+    ref.SetTechKey(6);
+    EXPECT_EQ(ref.Reference_Value_ID, 6u);
+    EXPECT_EQ(ref.HasTechKey(), 1);
+
+    // A table whose key is not a technical key keeps the base defaults.
+    CLargeStringBase large(44);
+    EXPECT_EQ(large.HasTechKey(), 0);
+    EXPECT_EQ(large.GetTechKey(), 0u);
+    large.SetTechKey(3);
+    EXPECT_EQ(large.String_ID, 44u);
+    EXPECT_EQ(large.Hash(), 44u);
+
+    CUniqueObjectBase a(3), b(3), c(4);
+    EXPECT_TRUE(a.MatchKey(&b));
+    EXPECT_FALSE(a.MatchKey(&c));
+    EXPECT_LT(a.Compare(&c), 0);
+    EXPECT_GT(c.Compare(&a), 0);
+    EXPECT_EQ(a.Compare(&b), 0);
+}
+
+TEST(Catalogue, CopyTakesEveryColumnButNotTheListSlot) {
+    for (const SZmfTableDesc* t : zmf::AllTables()) {
+        auto source = MakeRow(*t, 77, 5);
+        std::unique_ptr<CDbObjectBase> target(t->createRow());
+        int marker = 0;
+        target->SetListPosition(reinterpret_cast<POSITION>(&marker));
+        target->Copy(source.get());
+        EXPECT_EQ(RowText(*t, *target), RowText(*t, *source)) << t->name;
+        EXPECT_EQ(target->GetListPosition(), reinterpret_cast<POSITION>(&marker)) << t->name;
+        EXPECT_TRUE(target->MatchKey(source.get()));
+    }
+}

@@ -1,0 +1,185 @@
+// Table operations, run against both backends: the in-memory store and .zmf files.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/row_values.h"
+#include "support/test_support.h"
+#include "zmflib.h"
+
+using tessmeta::test::MakeRow;
+using tessmeta::test::RowText;
+using tessmeta::test::TempDir;
+
+namespace {
+
+enum class Backend { Memory, Sqlite };
+
+class TableTest : public ::testing::TestWithParam<Backend> {
+  protected:
+    void SetUp() override {
+        if (GetParam() == Backend::Memory) {
+            file = CZmfFile::OpenMemory();
+        } else {
+            std::string error;
+            file = CZmfFile::Create(dir.File("t.zmf"), 530, &error);
+            ASSERT_TRUE(file) << error;
+        }
+    }
+
+    // Inserts usage rows (key, object id) in order.
+    void InsertUsages(CTableBase* t, std::vector<std::pair<ULONG, ULONG>> rows) {
+        for (auto [key, object] : rows) {
+            CStringUsageBase row(key);
+            row.Object_ID = object;
+            ASSERT_EQ(t->Insert(&row), 1);
+        }
+    }
+
+    std::vector<ULONG> ObjectsInOrder(CTableBase* t) {
+        std::vector<ULONG> objects;
+        CStringUsageIterator it(t);
+        CStringUsageBase row;
+        while (it.GetNext(&row))
+            objects.push_back(row.Object_ID);
+        return objects;
+    }
+
+    TempDir dir;
+    std::unique_ptr<CZmfFile> file;
+};
+
+TEST_P(TableTest, DuplicateKeysKeepStoredOrderAndFirstMatchWins) {
+    CTableBase* t = file->GetEmptyTable("StringUsage");
+    ASSERT_NE(t, nullptr);
+    InsertUsages(t, {{5, 50}, {3, 30}, {5, 51}, {9, 90}});
+    EXPECT_EQ(t->GetCount(), 4u);
+    EXPECT_EQ(ObjectsInOrder(t), (std::vector<ULONG>{50, 30, 51, 90}));
+
+    CStringUsageBase probe(5);
+    ASSERT_EQ(t->Get(&probe), 1);
+    EXPECT_EQ(probe.Object_ID, 50u);
+
+    probe.Object_ID = 55;
+    ASSERT_EQ(t->Update(&probe), 1);  // the first of the two rows with key 5
+    EXPECT_EQ(ObjectsInOrder(t), (std::vector<ULONG>{55, 30, 51, 90}));
+
+    ASSERT_EQ(t->Delete(&probe), 1);
+    EXPECT_EQ(ObjectsInOrder(t), (std::vector<ULONG>{30, 51, 90}));
+    ASSERT_EQ(t->Get(&probe), 1);
+    EXPECT_EQ(probe.Object_ID, 51u);
+
+    CStringUsageBase absent(4);
+    EXPECT_EQ(t->Get(&absent), 0);
+    EXPECT_EQ(t->Update(&absent), 0);
+    EXPECT_EQ(t->Delete(&absent), 0);
+    EXPECT_EQ(t->GetCount(), 3u);
+    EXPECT_TRUE(file->Commit()) << file->GetLastError();
+}
+
+TEST_P(TableTest, PositionalWalkAndIteratorsSeeRowsInOrder) {
+    CTableBase* t = file->GetEmptyTable("StringUsage");
+    EXPECT_EQ(t->GetStartPosition(), nullptr);
+    InsertUsages(t, {{1, 10}, {2, 20}, {3, 30}});
+
+    std::vector<ULONG> seen;
+    CStringUsageBase row;
+    for (POSITION pos = t->GetStartPosition(); pos;) {
+        t->GetNext(pos, &row);
+        seen.push_back(row.Object_ID);
+    }
+    EXPECT_EQ(seen, (std::vector<ULONG>{10, 20, 30}));
+
+    // Two iterators over one table advance independently.
+    CStringUsageIterator a(t), b(t);
+    ASSERT_EQ(a.GetNext(&row), 1);
+    ASSERT_EQ(a.GetNext(&row), 1);
+    EXPECT_EQ(row.Object_ID, 20u);
+    ASSERT_EQ(b.GetNext(&row), 1);
+    EXPECT_EQ(row.Object_ID, 10u);
+
+    CStringUsageIterator none(nullptr);
+    EXPECT_EQ(none.GetNext(&row), 0);
+}
+
+TEST_P(TableTest, EmptyTableAndHandles) {
+    CTableBase* t = file->GetEmptyTable("MetaTable");
+    CMetaTableBase row(1);
+    row.Name = "Entity";
+    t->Insert(&row);
+    ASSERT_TRUE(file->Commit());
+
+    CTableBase* again = file->GetEmptyTable("MetaTable");
+    EXPECT_EQ(again, t);
+    EXPECT_EQ(again->GetCount(), 0u);
+    EXPECT_EQ(file->ReleaseTable(&again, 0), 1);
+    EXPECT_EQ(again, nullptr);
+    EXPECT_EQ(file->ReleaseTable(&again, 0), 0);
+    EXPECT_TRUE(file->Commit());
+
+    EXPECT_EQ(file->GetTable("NoSuchTable"), nullptr);
+    EXPECT_NE(file->GetLastError().find("NoSuchTable"), std::string::npos);
+    EXPECT_EQ(file->GetEmptyTable(nullptr), nullptr);
+}
+
+TEST_P(TableTest, SizeEstimateFallsBackToRowCountButNeverZero) {
+    CTableBase* t = file->GetTable("Object_Domain");
+    EXPECT_EQ(t->GetSizeEstimate(), 1);  // never saved, no rows
+    t = file->GetEmptyTable("Object_Domain");
+    for (ULONG k = 1; k <= 3; ++k) {
+        CObject_DomainBase row(k);
+        t->Insert(&row);
+    }
+    EXPECT_EQ(t->GetSizeEstimate(), 3);  // still never given one
+    t->SetSizeEstimate(0);
+    EXPECT_EQ(t->GetSizeEstimate(), 0);  // an empty save's figure is kept as is
+    t->SetSizeEstimate(2);
+    EXPECT_EQ(t->GetSizeEstimate(), 2);
+}
+
+TEST_P(TableTest, InjectedInsertFailuresHitTheChosenCalls) {
+    CTableBase* t = file->GetEmptyTable("SmallString");
+    t->FailInsertCalls({2, 4});
+    std::vector<int> results;
+    for (ULONG k = 1; k <= 5; ++k) {
+        CSmallStringBase row(k);
+        results.push_back(t->Insert(&row));
+    }
+    EXPECT_EQ(results, (std::vector<int>{1, 0, 1, 0, 1}));
+    EXPECT_EQ(t->GetCount(), 3u);
+    // Another table is unaffected.
+    CTableBase* other = file->GetEmptyTable("LargeString");
+    CLargeStringBase big(1);
+    EXPECT_EQ(other->Insert(&big), 1);
+    EXPECT_EQ(t->Insert(nullptr), 0);
+}
+
+TEST_P(TableTest, EveryTableStoresEveryColumnType) {
+    for (const SZmfTableDesc* desc : zmf::AllTables()) {
+        CTableBase* t = file->GetEmptyTable(desc->name);
+        ASSERT_NE(t, nullptr) << desc->name;
+        std::vector<std::string> expected;
+        for (int i = 0; i < 4; ++i) {
+            auto row = MakeRow(*desc, 100 + i, i);
+            ASSERT_EQ(t->Insert(row.get()), 1) << desc->name;
+            expected.push_back(RowText(*desc, *row));
+        }
+        std::unique_ptr<CDbObjectBase> row(desc->createRow());
+        CIteratorBase it(t);
+        for (const std::string& text : expected) {
+            ASSERT_EQ(it.GetNext(row.get()), 1) << desc->name;
+            EXPECT_EQ(RowText(*desc, *row), text);
+        }
+        EXPECT_EQ(it.GetNext(row.get()), 0);
+    }
+    EXPECT_TRUE(file->Commit()) << file->GetLastError();
+}
+
+INSTANTIATE_TEST_SUITE_P(Backends, TableTest, ::testing::Values(Backend::Memory, Backend::Sqlite),
+                         [](const auto& info) {
+                             return info.param == Backend::Memory ? "Memory" : "Sqlite";
+                         });
+
+}  // namespace
