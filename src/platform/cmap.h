@@ -1,0 +1,237 @@
+// CMap: the framework's chained hash map, with the behaviour the tables rely on.
+//
+// Layout and invariants:
+//   - An array of `GetHashTableSize()` bucket heads; entry e lives in bucket
+//     TRAITS::Hash(e.key) % GetHashTableSize(). The size is 17 unless set by
+//     InitHashTable, and is never 0 (a requested 0 becomes 1).
+//   - The bucket array exists only while the map holds entries or after an
+//     InitHashTable(size, TRUE): it is allocated by the first insertion and freed,
+//     with every node block, when the count returns to 0. The size is kept for the
+//     next allocation.
+//   - A new entry goes to the head of its bucket's chain. Iteration visits bucket 0,
+//     1, 2, ... and each chain from its head, so the order is fully determined by the
+//     keys, their hashes and the order of insertion.
+//   - Inserting a key equal to a present one (SetAt, operator[]) keeps the stored key
+//     and its place, and replaces only the value.
+//   - Nodes come from blocks of `nBlockSize` (node_pool.h).
+//
+// Costs: a lookup is one hash, one modulo and a walk of one chain, comparing the
+// stored full hash before calling TRAITS::Equal; it never allocates. Sizing the
+// table to the expected count keeps chains near length one.
+//
+// The traits contract. TRAITS supplies two static functions:
+//     static UINT Hash(ARG_KEY key);
+//     static bool Equal(const KEY& stored, ARG_KEY key);
+// Keys that are Equal must have the same Hash. Neither may throw or modify the map.
+// Tables use their own traits to map rows by a field of the row (a key, a text,
+// the upper-cased text), keeping the row pointer itself as the key.
+#pragma once
+
+#include <cassert>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <type_traits>
+
+#include "platform/cstring.h"
+#include "platform/node_pool.h"
+#include "platform/types.h"
+
+// The framework's text hash: for each byte taken as a signed 8-bit value,
+// hash = hash * 33 + byte, in wrapping 32-bit arithmetic; the empty text hashes to 0.
+inline UINT CMapHashText(std::string_view text) {
+    UINT hash = 0;
+    for (char ch : text)
+        hash = hash * 33 + static_cast<UINT>(static_cast<signed char>(ch));
+    return hash;
+}
+
+// The default hashes: integers (and enumerations) shifted right by four after
+// conversion to an unsigned value of their own width (so a negative 32-bit key
+// hashes as its unsigned 32-bit pattern); pointers by their address shifted right
+// by four; texts by CMapHashText.
+template <class T>
+requires std::is_integral_v<T> || std::is_enum_v<T>
+inline UINT CMapHashKey(T key) {
+    using U =
+        std::make_unsigned_t<typename std::conditional_t<std::is_enum_v<T>, std::underlying_type<T>,
+                                                         std::type_identity<T>>::type>;
+    return static_cast<UINT>(static_cast<U>(key) >> 4);
+}
+template <class T>
+inline UINT CMapHashKey(T* key) {
+    return static_cast<UINT>(reinterpret_cast<std::uintptr_t>(key) >> 4);
+}
+inline UINT CMapHashKey(const CString& key) {
+    return CMapHashText(key.View());
+}
+inline UINT CMapHashKey(const char* key) {
+    return CMapHashText(key ? key : "");
+}
+
+template <class KEY, class ARG_KEY>
+struct CMapDefaultTraits {
+    static UINT Hash(ARG_KEY key) { return CMapHashKey(key); }
+    static bool Equal(const KEY& stored, ARG_KEY key) { return stored == key; }
+};
+
+template <class KEY, class ARG_KEY, class VALUE, class ARG_VALUE,
+          class TRAITS = CMapDefaultTraits<KEY, ARG_KEY>>
+class CMap {
+  public:
+    struct CPair {
+        const KEY key;
+        VALUE value;
+    };
+
+    explicit CMap(int nBlockSize = 10) : m_pool(sizeof(CAssoc), nBlockSize) {}
+    CMap(const CMap&) = delete;
+    CMap& operator=(const CMap&) = delete;
+    ~CMap() { RemoveAll(); }
+
+    int GetCount() const { return m_nCount; }
+    int GetSize() const { return m_nCount; }
+    bool IsEmpty() const { return m_nCount == 0; }
+    UINT GetHashTableSize() const { return m_nHashTableSize; }
+
+    // Sets the bucket count (0 reads as 1) and frees the current bucket array; with
+    // allocNow the new array is allocated at once, else at the next insertion. Called
+    // on a map that holds entries, it drops them all first: entries cannot stay in
+    // buckets computed for another size.
+    void InitHashTable(UINT hashSize, BOOL allocNow = TRUE) {
+        RemoveAll();
+        m_nHashTableSize = hashSize ? hashSize : 1;
+        if (allocNow) AllocateTable();
+    }
+
+    BOOL Lookup(ARG_KEY key, VALUE& value) const {
+        const CAssoc* assoc = Find(key, TRAITS::Hash(key));
+        if (!assoc) return FALSE;
+        value = assoc->value;
+        return TRUE;
+    }
+    const CPair* PLookup(ARG_KEY key) const { return Find(key, TRAITS::Hash(key)); }
+    CPair* PLookup(ARG_KEY key) { return Find(key, TRAITS::Hash(key)); }
+
+    // The value stored under `key`, inserting a value-initialised one when absent.
+    VALUE& operator[](ARG_KEY key) {
+        const UINT hash = TRAITS::Hash(key);
+        if (CAssoc* assoc = Find(key, hash)) return assoc->value;
+        return Insert(key, hash)->value;
+    }
+    void SetAt(ARG_KEY key, ARG_VALUE newValue) { (*this)[key] = newValue; }
+
+    // Removes the entry equal to `key`; FALSE when there is none. Removing the last
+    // entry frees the bucket array and the node blocks.
+    BOOL RemoveKey(ARG_KEY key) {
+        if (!m_pHashTable) return FALSE;
+        const UINT hash = TRAITS::Hash(key);
+        for (CAssoc** link = &m_pHashTable[hash % m_nHashTableSize]; *link;
+             link = &(*link)->pNext) {
+            CAssoc* assoc = *link;
+            if (assoc->nHashValue == hash && TRAITS::Equal(assoc->key, key)) {
+                *link = assoc->pNext;
+                FreeAssoc(assoc);
+                return TRUE;
+            }
+        }
+        return FALSE;
+    }
+
+    // Destroys every entry and frees the bucket array and node blocks; the bucket
+    // count is kept.
+    void RemoveAll() {
+        if (m_pHashTable) {
+            for (UINT bucket = 0; bucket < m_nHashTableSize; ++bucket) {
+                for (CAssoc* assoc = m_pHashTable[bucket]; assoc;) {
+                    CAssoc* next = assoc->pNext;
+                    assoc->~CAssoc();
+                    assoc = next;
+                }
+            }
+            delete[] m_pHashTable;
+            m_pHashTable = nullptr;
+        }
+        m_nCount = 0;
+        m_pool.Reset();
+    }
+
+    // Iteration in bucket order. The map must not change between the calls, except
+    // that the entry just returned may be removed.
+    POSITION GetStartPosition() const { return ToPosition(FirstFrom(0)); }
+    void GetNextAssoc(POSITION& position, KEY& key, VALUE& value) const {
+        assert(position != nullptr);
+        const CAssoc* assoc = reinterpret_cast<const CAssoc*>(position);
+        key = assoc->key;
+        value = assoc->value;
+        position = ToPosition(Next(assoc));
+    }
+    // The same walk without copying keys and values; null at the end.
+    CPair* PGetFirstAssoc() { return FirstFrom(0); }
+    const CPair* PGetFirstAssoc() const { return FirstFrom(0); }
+    CPair* PGetNextAssoc(const CPair* pair) { return Next(static_cast<const CAssoc*>(pair)); }
+    const CPair* PGetNextAssoc(const CPair* pair) const {
+        return Next(static_cast<const CAssoc*>(pair));
+    }
+
+  private:
+    struct CAssoc : CPair {
+        CAssoc* pNext;
+        UINT nHashValue;  // full hash: a cheap filter before Equal, and the bucket
+    };
+    static_assert(alignof(CAssoc) <= alignof(std::max_align_t));
+
+    static POSITION ToPosition(const CAssoc* assoc) {
+        return reinterpret_cast<POSITION>(const_cast<CAssoc*>(assoc));
+    }
+
+    CAssoc* Find(ARG_KEY key, UINT hash) const {
+        if (!m_pHashTable) return nullptr;
+        for (CAssoc* assoc = m_pHashTable[hash % m_nHashTableSize]; assoc; assoc = assoc->pNext) {
+            if (assoc->nHashValue == hash && TRAITS::Equal(assoc->key, key)) return assoc;
+        }
+        return nullptr;
+    }
+
+    CAssoc* FirstFrom(UINT bucket) const {
+        if (!m_pHashTable) return nullptr;
+        for (; bucket < m_nHashTableSize; ++bucket) {
+            if (m_pHashTable[bucket]) return m_pHashTable[bucket];
+        }
+        return nullptr;
+    }
+
+    CAssoc* Next(const CAssoc* assoc) const {
+        return assoc->pNext ? assoc->pNext : FirstFrom(assoc->nHashValue % m_nHashTableSize + 1);
+    }
+
+    void AllocateTable() { m_pHashTable = new CAssoc*[m_nHashTableSize](); }
+
+    CAssoc* Insert(ARG_KEY key, UINT hash) {
+        if (!m_pHashTable) AllocateTable();
+        CAssoc*& head = m_pHashTable[hash % m_nHashTableSize];
+        void* storage = m_pool.Alloc();
+        CAssoc* assoc;
+        try {
+            assoc = ::new (storage) CAssoc{{KEY(key), VALUE()}, head, hash};
+        } catch (...) {
+            m_pool.Free(storage);
+            throw;
+        }
+        head = assoc;
+        ++m_nCount;
+        return assoc;
+    }
+
+    void FreeAssoc(CAssoc* assoc) {
+        assoc->~CAssoc();
+        m_pool.Free(assoc);
+        if (--m_nCount == 0) RemoveAll();
+    }
+
+    CAssoc** m_pHashTable = nullptr;
+    UINT m_nHashTableSize = 17;
+    int m_nCount = 0;
+    CNodePool m_pool;
+};

@@ -1,0 +1,232 @@
+#include "platform/cmap.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <unordered_map>
+#include <vector>
+
+namespace {
+
+using UlongMap = CMap<ULONG, ULONG, ULONG, ULONG>;
+
+template <class Map>
+auto Keys(const Map& map) {
+    std::vector<std::remove_const_t<decltype(map.PGetFirstAssoc()->key)>> keys;
+    for (auto* pair = map.PGetFirstAssoc(); pair; pair = map.PGetNextAssoc(pair)) {
+        keys.push_back(pair->key);
+    }
+    return keys;
+}
+
+struct Counted {
+    static int live;
+    int v = 0;
+    Counted() { ++live; }
+    Counted(const Counted& o) : v(o.v) { ++live; }
+    Counted& operator=(const Counted&) = default;
+    ~Counted() { --live; }
+};
+int Counted::live = 0;
+
+TEST(CMapTest, EntriesLandInHashModuloBucketsAndIterateInBucketOrder) {
+    UlongMap map;
+    EXPECT_EQ(map.GetHashTableSize(), 17u);
+    // Hashes 0, 1 and 17: buckets 0, 1, 0. A new entry goes to the head of its chain.
+    map.SetAt(0, 100);
+    map.SetAt(16, 101);
+    map.SetAt(17 * 16, 102);
+    EXPECT_EQ(Keys(map), (std::vector<ULONG>{17 * 16, 0, 16}));
+
+    // Signed keys hash as their unsigned 32-bit pattern: -1 -> 0x0FFFFFFF, bucket 15.
+    CMap<LONG, LONG, int, int> signedMap;
+    signedMap[16 * 16] = 1;  // bucket 16
+    signedMap[-1] = 2;
+    signedMap[14 * 16] = 3;  // bucket 14
+    EXPECT_EQ(Keys(signedMap), (std::vector<LONG>{14 * 16, -1, 16 * 16}));
+
+    EXPECT_EQ(CMapHashKey(ULONG{0x12345}), 0x1234u);
+    EXPECT_EQ(CMapHashText(""), 0u);
+    EXPECT_EQ(CMapHashText("abc"), 108966u);
+    EXPECT_EQ(CMapHashText("\xE9"), static_cast<UINT>(-23));  // bytes are signed
+    EXPECT_EQ(CMapHashKey(CString("abc")), 108966u);
+}
+
+TEST(CMapTest, SetAtReplacesLookupsAndRemoval) {
+    UlongMap map;
+    ULONG v = 7;
+    EXPECT_FALSE(map.Lookup(1, v));
+    EXPECT_EQ(v, 7u);
+    EXPECT_FALSE(map.RemoveKey(1));
+    EXPECT_EQ(map.GetStartPosition(), nullptr);
+
+    map.SetAt(1, 10);
+    map.SetAt(1, 11);
+    EXPECT_EQ(map.GetCount(), 1);
+    EXPECT_TRUE(map.Lookup(1, v));
+    EXPECT_EQ(v, 11u);
+    map[2] += 5;  // inserts a zero value first
+    EXPECT_EQ(map.PLookup(2)->value, 5u);
+    map.PLookup(2)->value = 6;
+    EXPECT_EQ(map[2], 6u);
+    EXPECT_FALSE(map.RemoveKey(3));
+    EXPECT_TRUE(map.RemoveKey(1));
+    EXPECT_FALSE(map.RemoveKey(1));
+    EXPECT_EQ(map.GetSize(), 1);
+}
+
+TEST(CMapTest, EmptyingFreesEntriesButKeepsTheBucketCount) {
+    CMap<ULONG, ULONG, Counted, const Counted&> map;
+    map.InitHashTable(5, FALSE);
+    map[4 * 16];
+    map[16];
+    map[5 * 16];  // hashes 4, 1, 5 -> buckets 4, 1, 0
+    EXPECT_EQ(Counted::live, 3);
+    EXPECT_EQ(Keys(map), (std::vector<ULONG>{80, 16, 64}));
+    for (ULONG k : {16u, 80u, 64u})
+        EXPECT_TRUE(map.RemoveKey(k));
+    EXPECT_EQ(Counted::live, 0);
+    EXPECT_TRUE(map.IsEmpty());
+    EXPECT_EQ(map.GetHashTableSize(), 5u);
+    EXPECT_EQ(map.GetStartPosition(), nullptr);
+
+    // Re-inserting allocates again at the kept size.
+    map[64];
+    map[16];
+    map[80];
+    EXPECT_EQ(Keys(map), (std::vector<ULONG>{80, 16, 64}));
+
+    // Resizing a filled map drops its entries.
+    map.InitHashTable(17);
+    EXPECT_EQ(Counted::live, 0);
+    EXPECT_EQ(map.GetCount(), 0);
+    map[1].v = 3;
+    map.RemoveAll();
+    EXPECT_EQ(Counted::live, 0);
+    EXPECT_EQ(map.GetHashTableSize(), 17u);
+}
+
+TEST(CMapTest, ZeroBucketsMeansOneAndIterationSurvivesRemovingTheCurrentEntry) {
+    UlongMap map;
+    map.InitHashTable(0);
+    EXPECT_EQ(map.GetHashTableSize(), 1u);
+    for (ULONG k = 0; k < 50; ++k)
+        map[k * 977] = k;
+    ULONG v = 0;
+    EXPECT_TRUE(map.Lookup(20 * 977, v));
+    EXPECT_EQ(v, 20u);
+    const std::vector<ULONG> keys = Keys(map);  // one chain, newest first
+    ASSERT_EQ(keys.size(), 50u);
+    EXPECT_EQ(keys.front(), 49u * 977);
+    EXPECT_EQ(keys.back(), 0u);
+
+    int visited = 0;
+    for (POSITION p = map.GetStartPosition(); p; ++visited) {
+        ULONG k;
+        map.GetNextAssoc(p, k, v);
+        if (k % 2 == 0) map.RemoveKey(k);
+    }
+    EXPECT_EQ(visited, 50);
+    EXPECT_EQ(map.GetCount(), 25);
+}
+
+// Rows mapped to themselves by a field, as the tables do.
+struct Row {
+    ULONG key;
+    CString text;
+};
+
+struct RowKeyTraits {
+    static UINT Hash(Row* row) { return row->key; }
+    static bool Equal(Row* const& a, Row* b) { return a->key == b->key; }
+};
+
+struct RowNoCaseTraits {
+    static UINT Hash(Row* row) { return CMapHashText(CString(row->text).MakeUpper().View()); }
+    static bool Equal(Row* const& a, Row* b) { return a->text.CompareNoCase(b->text) == 0; }
+};
+
+TEST(CMapTest, CustomTraitsKeepTheFirstKeyAndTheLatestValue) {
+    Row a{5, "Name"}, b{5, "NAME"}, c{22, "other"};
+    CMap<Row*, Row*, Row*, Row*, RowKeyTraits> byKey;
+    byKey.SetAt(&a, &a);
+    byKey.SetAt(&c, &c);  // 22 % 17 = 5: same bucket, ahead of a
+    byKey.SetAt(&b, &b);  // equal to a
+    EXPECT_EQ(byKey.GetCount(), 2);
+    Row probe{5, ""};
+    Row* found = nullptr;
+    ASSERT_TRUE(byKey.Lookup(&probe, found));
+    EXPECT_EQ(found, &b);
+    std::vector<Row*> keys, values;
+    for (POSITION p = byKey.GetStartPosition(); p;) {
+        Row *k, *v;
+        byKey.GetNextAssoc(p, k, v);
+        keys.push_back(k);
+        values.push_back(v);
+    }
+    EXPECT_EQ(keys, (std::vector<Row*>{&c, &a}));
+    EXPECT_EQ(values, (std::vector<Row*>{&c, &b}));
+    EXPECT_TRUE(byKey.RemoveKey(&probe));
+    EXPECT_FALSE(byKey.Lookup(&b, found));
+
+    CMap<Row*, Row*, Row*, Row*, RowNoCaseTraits> noCase;
+    noCase.SetAt(&a, &a);
+    noCase.SetAt(&b, &b);
+    noCase.SetAt(&c, &c);
+    Row query{0, "nAmE"};
+    ASSERT_TRUE(noCase.Lookup(&query, found));
+    EXPECT_EQ(found, &b);
+    EXPECT_EQ(noCase.GetCount(), 2);
+}
+
+TEST(CMapTest, RandomOperationsMatchUnorderedMap) {
+    std::mt19937 rng(12345);
+    UlongMap map(3);
+    std::unordered_map<ULONG, ULONG> model;
+    UINT buckets = 17;
+    for (int step = 0; step < 20000; ++step) {
+        const ULONG key = rng() % 300 * (rng() % 2 ? 1u : 16u);
+        const ULONG value = rng();
+        const unsigned op = rng() % 1000;
+        if (op < 300) {
+            map.SetAt(key, value);
+            model[key] = value;
+        } else if (op < 400) {
+            map[key] += value;
+            model[key] += value;
+        } else if (op < 700) {
+            ASSERT_EQ(map.RemoveKey(key), model.erase(key) == 1 ? TRUE : FALSE);
+        } else if (op < 997) {
+            ULONG got = 0;
+            ASSERT_EQ(map.Lookup(key, got), model.count(key) ? TRUE : FALSE);
+            if (model.count(key)) {
+                ASSERT_EQ(got, model[key]);
+            }
+        } else if (op < 999) {
+            buckets = rng() % 40;
+            map.InitHashTable(buckets, rng() % 2);
+            model.clear();
+            buckets = std::max(buckets, 1u);
+        } else {
+            map.RemoveAll();
+            model.clear();
+        }
+        ASSERT_EQ(map.GetCount(), static_cast<int>(model.size()));
+    }
+    EXPECT_EQ(map.GetHashTableSize(), buckets);
+    // Every entry once, in nondecreasing bucket order.
+    std::unordered_map<ULONG, ULONG> seen;
+    UINT lastBucket = 0;
+    for (POSITION p = map.GetStartPosition(); p;) {
+        ULONG k, v;
+        map.GetNextAssoc(p, k, v);
+        const UINT bucket = CMapHashKey(k) % buckets;
+        EXPECT_GE(bucket, lastBucket);
+        lastBucket = bucket;
+        EXPECT_TRUE(seen.emplace(k, v).second);
+    }
+    EXPECT_EQ(seen, model);
+}
+
+}  // namespace
