@@ -1,0 +1,23 @@
+// Shared pieces of the benchmarks: scratch files and synthetic rows.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <string>
+#include <vector>
+
+#include "zmflib.h"
+
+namespace tessmeta::bench {
+
+// A scratch directory for benchmark files, removed at exit.
+const std::string& ScratchDir();
+std::string ScratchFile(const std::string& name);
+
+// Deterministic unique-object rows (key = index + 1, GUID texts of 32 digits).
+std::vector<CUniqueObjectBase> MakeUniqueObjects(size_t count);
+
+// Opens a file with the raw SQLite API for a baseline, with the store's pragmas.
+sqlite3* OpenRaw(const std::string& path);
+
+}  // namespace tessmeta::bench
