@@ -5,3 +5,7 @@
 #include "zmflib.h"
 
 #include "foundation/balanced_tree.h"
+#include "foundation/enh_services.h"
+#include "foundation/enh_table.h"
+#include "foundation/enh_table_base.h"
+#include "platform/cobject.h"

@@ -2,6 +2,8 @@
 // plain unsigned 32-bit ids.
 #pragma once
 
+#include <string_view>
+
 #include "platform/cstring.h"
 #include "platform/oledatetime.h"
 #include "platform/types.h"
@@ -18,6 +20,12 @@ class CZmfString {
         return *this;
     }
     CZmfString& operator=(const CString& text) {
+        m_value = text;
+        return *this;
+    }
+    // Reuses the storage the field already owns when it is large enough, which
+    // keeps a table scan that refills one row object free of allocations.
+    CZmfString& operator=(std::string_view text) {
         m_value = text;
         return *this;
     }

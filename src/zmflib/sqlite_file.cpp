@@ -76,7 +76,8 @@ class CStatementSource final : public IZmfColumnSource {
     void String(int index, CZmfString& out) override {
         const int col = m_first + index;
         const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_stmt, col));
-        out = CString(text ? text : "", sqlite3_column_bytes(m_stmt, col));
+        out = std::string_view(text ? text : "",
+                               static_cast<size_t>(sqlite3_column_bytes(m_stmt, col)));
     }
     COleDateTime Date(int index) override {
         const int col = m_first + index;

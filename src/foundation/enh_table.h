@@ -1,0 +1,465 @@
+// CEnhTable: the load / edit / save pattern that most in-memory tables follow,
+// written once. A table declares only what is its own, in a traits struct:
+//
+//   Row          its row class CKel<Thing>: the record-store row class C<Table>Base
+//                plus a back pointer to the table (derive it from CEnhRow). The
+//                record-store table (name, key kind) is the one of C<Table>Base.
+//   kForeignKey  the column indexed in the foreign-key tree, or nullptr for none.
+//   kTexts       the text columns (string ids of the name space), in column order,
+//                each with the name of its usage type.
+//   kObjectType  the object-type name of its unique objects, or nullptr.
+//   kUniqueId    the unique-object id column; found by itself when the row has a
+//                Global_User_ID column, else nullptr.
+//   kKeyMap      FirstWins (default): a row whose key is already mapped is not
+//                mapped again, so lookups find the first one loaded. LastWins: the
+//                later row replaces the mapped one.
+//   kKeySource   IdentityMgr (default): keys come from CIdentityMgr under the key
+//                kind of the record-store table. OwnCounter: the table numbers its
+//                rows with GetNextKey, raised past every key loaded.
+//
+// Inherit the defaults from CEnhTableTraits<Row> and restate only what differs.
+// The table class then adds its named operations as one-line wrappers. Example, the
+// storage-object table (foreign key Model_ID, four texts):
+//
+//   class CEnhStorageObjectTable;
+//   class CKelStorageObject final
+//       : public CEnhRow<CStorage_ObjectBase, CEnhStorageObjectTable> {};
+//
+//   struct SStorageObjectTraits : CEnhTableTraits<CKelStorageObject> {
+//       static constexpr DWORD Row::*kForeignKey = &Row::Model_ID;
+//       static constexpr std::array kTexts{
+//           Text{&Row::Name, "Storage Object Name"}, Text{&Row::Owner, "Storage Object Owner"},
+//           Text{&Row::Description, "Storage Object Description"},
+//           Text{&Row::Value, "Storage Object Value"}};
+//       static constexpr const char* kObjectType = "Storage Object";
+//   };
+//
+//   class CEnhStorageObjectTable : public CEnhTable<SStorageObjectTraits> {
+//     public:
+//       using CEnhTable::CEnhTable;
+//       ULONG Insert(ULONG modelId, const CString& name, const CString& owner,
+//                    const CString& description, const CString& value, ULONG uniqueId,
+//                    ULONG key) {
+//           auto row = std::make_unique<CKelStorageObject>();
+//           row->Model_ID = modelId;
+//           row->Global_User_ID = uniqueId;
+//           return InsertTexts(std::move(row), key, name, owner, description, value);
+//       }
+//       int GetName(ULONG key, CString& out) { return GetText(key, 0, out); }
+//       int SetName(ULONG key, const CString& text) { return SetText(key, 0, text); }
+//       // ... the id form of Insert, Update, and the other columns alike.
+//   };
+//
+// Services. The name-space and identity services may be null. Without a name space
+// no usage-type lookups, string registrations or string reads happen (usage type
+// ids are 0). Without an identity service no unique objects are created or
+// deleted, the object type id is 0, and inserts register no texts: the id form
+// keeps the string ids it is given, the text form leaves the text columns 0.
+//
+// Extra indexes. A table with more maps keeps them itself and overrides the three
+// hooks AddToExtraIndexes, RemoveFromExtraIndexes and SizeExtraIndexes; the
+// pattern calls them wherever a row enters or leaves the table and when Init sizes
+// its maps. CEnhRowMap and CEnhFieldTraits give a map of rows by one column.
+// UpdateRow takes a row out of the foreign-key tree and the extra indexes before
+// its columns change and files it again after, so no index keeps a stale entry.
+//
+// Other needs. Guarded saves and saves of several record-store tables use
+// GuardedSave and ZMF_CHECKED_INSERT; write-through inserts and updates use
+// WriteThroughInsert / WriteThroughUpdate (enh_table_base.h). A table whose keys or
+// maps follow other rules altogether derives from CEnhTableBase directly and still
+// uses its load loop and saves.
+//
+// Costs. A lookup by key builds a probe row on the stack and makes one hash probe;
+// the key map has as many buckets as the table had rows at its last save. A walk by
+// foreign key is one tree search, after which each next row is an array read.
+#pragma once
+
+#include <array>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "foundation/balanced_tree.h"
+#include "foundation/enh_services.h"
+#include "foundation/enh_table_base.h"
+#include "platform/cmap.h"
+#include "platform/cstring.h"
+#include "platform/types.h"
+
+// A record-store row with a back pointer to the in-memory table that owns it, set
+// when the row enters the table. Copying copies every column, the list slot and the
+// back pointer.
+template <class RecordRow, class Table>
+class CEnhRow : public RecordRow {
+  public:
+    using TableType = Table;
+
+    Table* GetEnhTable() const { return m_pEnhTable; }
+    void SetEnhTable(Table* table) { m_pEnhTable = table; }
+
+  private:
+    Table* m_pEnhTable = nullptr;  // not owned: the table owns the row
+};
+
+// Map traits for rows by technical key (hash = key, so bucket = key mod count).
+template <class Row>
+struct CEnhTechKeyTraits {
+    static UINT Hash(Row* row) { return row->GetTechKey(); }
+    static bool Equal(Row* const& stored, Row* row) {
+        return stored->GetTechKey() == row->GetTechKey();
+    }
+};
+
+// Map traits for rows by one unsigned 32-bit column (hash = the column's value).
+template <class Row, auto Column>
+struct CEnhFieldTraits {
+    static UINT Hash(Row* row) { return row->*Column; }
+    static bool Equal(Row* const& stored, Row* row) { return stored->*Column == row->*Column; }
+};
+
+// A map from row to row; look a row up with a probe row holding the sought fields.
+template <class Row, class Traits>
+using CEnhRowMap = CMap<Row*, Row*, Row*, Row*, Traits>;
+
+template <class Row>
+struct SEnhTextColumn {
+    DWORD Row::*column;         // the string id column
+    const char* usageTypeName;  // its usage type in the name space
+};
+
+enum class EEnhKeyMap { FirstWins, LastWins };
+enum class EEnhKeySource { IdentityMgr, OwnCounter };
+
+// The Global_User_ID column of a row class, or null when it has none.
+template <class Row>
+constexpr DWORD Row::*DefaultUniqueIdColumn() {
+    if constexpr (requires { &Row::Global_User_ID; }) {
+        return &Row::Global_User_ID;
+    } else {
+        return nullptr;
+    }
+}
+
+// The defaults of a table's traits; see the top of this file.
+template <class RowT>
+struct CEnhTableTraits {
+    using Row = RowT;
+    using Text = SEnhTextColumn<RowT>;
+
+    static constexpr DWORD Row::*kForeignKey = nullptr;
+    static constexpr std::array<Text, 0> kTexts{};
+    static constexpr const char* kObjectType = nullptr;
+    static constexpr DWORD Row::*kUniqueId = DefaultUniqueIdColumn<RowT>();
+    static constexpr EEnhKeyMap kKeyMap = EEnhKeyMap::FirstWins;
+    static constexpr EEnhKeySource kKeySource = EEnhKeySource::IdentityMgr;
+};
+
+template <class Traits>
+class CEnhTable : public CEnhTableBase {
+  public:
+    using Row = typename Traits::Row;
+    using KeyMap = CEnhRowMap<Row, CEnhTechKeyTraits<Row>>;
+
+    static constexpr std::size_t kTextCount = Traits::kTexts.size();
+    static constexpr bool kHasForeignKey = Traits::kForeignKey != nullptr;
+    static constexpr bool kHasUniqueId = Traits::kUniqueId != nullptr;
+
+    static_assert(std::is_base_of_v<CDbObjectBase, Row>, "rows are record-store rows");
+    static_assert(std::is_default_constructible_v<Row>, "rows are made empty, then read");
+
+    // Opens the record-store table; looks up the usage type of each text column
+    // (in column order), then the object type. All pointers are borrowed; `keys`
+    // null means the file's key allocator.
+    CEnhTable(INameSpaceService* nameSpace, CIdentityMgr* keys, IObjectIdentityService* identity,
+              CZmfFile* file)
+        : CEnhTableBase(file, TableName()),
+          m_keyMap(10),
+          m_pNameSpace(nameSpace),
+          m_pKeys(keys ? keys : (file ? file->GetIdentityMgr() : nullptr)),
+          m_pIdentity(identity) {
+        if constexpr (kHasForeignKey) {
+            m_pFKIndex = std::make_unique<CBalancedTree>();
+            m_pFKIndex->Init();
+        }
+        ResolveUsageTypes();
+        if (m_pIdentity && Traits::kObjectType)
+            m_nObjectTypeId = m_pIdentity->GetObjectTypeId(Traits::kObjectType);
+    }
+
+    using CEnhTableBase::Init;
+    // Loads every stored row. The key map gets `bucketCount` buckets, or as many
+    // as the last save wrote rows (at least 1). Call once, right after construction.
+    void Init(unsigned int bucketCount) override {
+        const UINT buckets = LoadBucketCount(bucketCount);
+        m_keyMap.InitHashTable(buckets, TRUE);
+        SizeExtraIndexes(buckets);
+        // The foreign-key index is filed on first use, from the rows in load order:
+        // the same inserts in the same order as at load, so the same tree, but a
+        // load whose foreign keys are never asked for does not pay for it.
+        m_fkIndexPending = true;
+        LoadRows<Row>([this](std::unique_ptr<Row> row) { EnterRow(std::move(row)); });
+    }
+
+    // The row mapped under `key`, or null.
+    Row* GetRow(ULONG key) const {
+        Row probe;
+        probe.SetTechKey(key);
+        Row* found = nullptr;
+        m_keyMap.Lookup(&probe, found);
+        return found;
+    }
+
+    // Deletes the row mapped under `key` and, through the services, its strings
+    // (in column order) and its unique object. 0 when there is no such row.
+    int Delete(ULONG key) {
+        Row* row = GetRow(key);
+        if (!row) return 0;
+        const DWORD uniqueId = UniqueIdOf(*row);
+        m_keyMap.RemoveKey(row);
+        if constexpr (kHasForeignKey) FKIndex().Delete(FKIndexKey(*row), row);
+        RemoveFromExtraIndexes(row);
+        Remove(row);
+        ReleaseTexts(uniqueId);
+        if (kHasUniqueId && m_pIdentity) m_pIdentity->DeleteObject(static_cast<int>(uniqueId), 0);
+        return 1;
+    }
+
+    // Deletes every row under `foreignKey`, in the order the index yields them.
+    void DeleteAllFKRows(ULONG foreignKey) requires kHasForeignKey {
+        std::vector<ULONG> keys;  // the index must not change while it is walked
+        for (Row* row = GetFirstFKRow(foreignKey); row; row = GetNextFKRow())
+            keys.push_back(row->GetTechKey());
+        for (ULONG key : keys)
+            Delete(key);
+    }
+
+    // The rows under one foreign key: the first, then each next one, then null.
+    // Any other search or delete on this table ends the walk.
+    Row* GetFirstFKRow(ULONG foreignKey) requires kHasForeignKey {
+        return static_cast<Row*>(FKIndex().GetFirst(FKIndexKey(foreignKey)));
+    }
+    Row* GetNextFKRow() requires kHasForeignKey { return static_cast<Row*>(FKIndex().GetNext()); }
+
+    // All rows in list order.
+    int GetCount() const { return GetRowCount(); }
+    Row* GetNextRow(POSITION& position) const {
+        return static_cast<Row*>(CEnhTableBase::GetNextRow(position));
+    }
+
+    // The text of text column `column` (0-based, as in kTexts). 1 when read; 0 for an
+    // unknown key or column, or without a name space (`out` is then untouched).
+    int GetText(ULONG key, int column, CString& out) const {
+        const Row* row = GetRow(key);
+        return row ? GetText(row, column, out) : 0;
+    }
+    int GetText(const Row* row, int column, CString& out) const {
+        if (!row || !m_pNameSpace || !IsTextColumn(column)) return 0;
+        const DWORD id = row->*Traits::kTexts[static_cast<std::size_t>(column)].column;
+        m_pNameSpace->GetStringFromNameSpace(out, static_cast<LONG>(id));
+        return 1;
+    }
+    // Makes `text` the string of the column for the row's unique object, storing the
+    // id the name space returns. Same results as GetText.
+    int SetText(ULONG key, int column, const CString& text) {
+        Row* row = GetRow(key);
+        return row ? SetText(row, column, text) : 0;
+    }
+    int SetText(Row* row, int column, const CString& text) {
+        if (!row || !m_pNameSpace || !IsTextColumn(column)) return 0;
+        const auto index = static_cast<std::size_t>(column);
+        row->*Traits::kTexts[index].column = static_cast<DWORD>(m_pNameSpace->AddOrUpdateString(
+            text, static_cast<int>(UniqueIdOf(*row)), m_usageTypeIds[index]));
+        return 1;
+    }
+
+    // Rewrites the record-store table from memory, in list order. The plain form
+    // returns the last insert's result (1 for no rows) and goes on after a failed
+    // insert; the guarded form stops at the first one and returns 0 (see
+    // enh_table_base.h). The handle is kept until the owner releases it.
+    int Save(CZmfFile* file) { return SaveRows(file, TableName()); }
+    int SaveGuarded(CZmfFile* file) { return SaveRowsGuarded(file, TableName()); }
+
+    // Inspection.
+    const KeyMap& GetKeyMap() const { return m_keyMap; }
+    int GetUsageTypeId(int column) const {
+        return IsTextColumn(column) ? m_usageTypeIds[static_cast<std::size_t>(column)] : 0;
+    }
+    int GetObjectTypeId() const { return m_nObjectTypeId; }
+
+  protected:
+    static const char* TableName() { return Row::Desc().name; }
+
+    // Public insert, id form. `row` holds the columns, its text columns string ids
+    // and its unique-id column the caller's id (0: create one). Returns the key.
+    ULONG InsertIds(std::unique_ptr<Row> row, ULONG key) {
+        PrepareNewRow(*row, key);
+        if (RegistersTexts()) {
+            const int uniqueId = static_cast<int>(UniqueIdOf(*row));
+            for (std::size_t i = 0; i < kTextCount; ++i)
+                m_pNameSpace->AddOrUpdateString(
+                    static_cast<int>(row.get()->*Traits::kTexts[i].column), uniqueId,
+                    m_usageTypeIds[i]);
+        }
+        return EnterRow(std::move(row));
+    }
+
+    // Public insert, text form: as InsertIds, with one text per text column (in
+    // column order) interned for the row's unique object.
+    template <std::same_as<CString>... Texts>
+    ULONG InsertTexts(std::unique_ptr<Row> row, ULONG key, const Texts&... texts) {
+        static_assert(sizeof...(Texts) == kTextCount, "one text per text column");
+        const std::array<const CString*, kTextCount> text{&texts...};
+        PrepareNewRow(*row, key);
+        if (RegistersTexts()) {
+            const int uniqueId = static_cast<int>(UniqueIdOf(*row));
+            for (std::size_t i = 0; i < kTextCount; ++i)
+                row.get()->*Traits::kTexts[i].column = static_cast<DWORD>(
+                    m_pNameSpace->AddString(*text[i], uniqueId, m_usageTypeIds[i]));
+        }
+        return EnterRow(std::move(row));
+    }
+
+    // Update: `assign(Row&)` overwrites columns of the row mapped under `key` (never
+    // the key; string ids are stored as given, usages untouched). A row whose
+    // foreign key changes is re-filed in the index (one that keeps it stays in its
+    // place among its siblings); extra indexes re-file it always. 0 when there is no
+    // such row.
+    template <class Assign>
+    int UpdateRow(ULONG key, Assign&& assign) {
+        Row* row = GetRow(key);
+        if (!row) return 0;
+        const DWORD oldForeignKey = ForeignKeyOf(*row);
+        if constexpr (kHasForeignKey) FKIndex();  // filed with the old key first
+        RemoveFromExtraIndexes(row);
+        std::forward<Assign>(assign)(*row);
+        if constexpr (kHasForeignKey) {
+            if (ForeignKeyOf(*row) != oldForeignKey) {
+                FKIndex().Delete(FKIndexKey(oldForeignKey), row);
+                FKIndex().Insert(FKIndexKey(*row), row);
+            }
+        }
+        AddToExtraIndexes(row);
+        return 1;
+    }
+
+    // Internal insert: a filled row enters the table (list, key, key map, foreign-key
+    // index, extra indexes). A row without a key gets one; a given key is declared
+    // so that no later allocation repeats it. Returns the key.
+    ULONG EnterRow(std::unique_ptr<Row> owned) {
+        AddRow(owned.get());
+        Row* row = owned.release();
+        if constexpr (requires { typename Row::TableType; })
+            row->SetEnhTable(static_cast<typename Row::TableType*>(this));
+        SettleKey(*row);
+        MapByKey(row);
+        if constexpr (kHasForeignKey) {
+            if (!m_fkIndexPending) FKIndex().Insert(FKIndexKey(*row), row);
+        }
+        AddToExtraIndexes(row);
+        return row->GetTechKey();
+    }
+
+    // The foreign-key index, filed first if the load left it pending.
+    CBalancedTree& FKIndex() requires kHasForeignKey {
+        if (m_fkIndexPending) {
+            m_fkIndexPending = false;
+            POSITION pos = GetFirstRowPosition();
+            while (pos) {
+                Row* row = GetNextRow(pos);
+                m_pFKIndex->Insert(FKIndexKey(*row), row);
+            }
+        }
+        return *m_pFKIndex;
+    }
+
+    // Extra indexes of a table (see the top of this file). Called after a row has
+    // entered the list and the key map, before a row leaves the list, and with the
+    // bucket count Init gives the key map.
+    virtual void AddToExtraIndexes(Row* /*row*/) {}
+    virtual void RemoveFromExtraIndexes(Row* /*row*/) {}
+    virtual void SizeExtraIndexes(UINT /*bucketCount*/) {}
+
+    INameSpaceService* GetNameSpace() const { return m_pNameSpace; }
+    CIdentityMgr* GetKeys() const { return m_pKeys; }
+    IObjectIdentityService* GetIdentity() const { return m_pIdentity; }
+
+  private:
+    static constexpr bool IsTextColumn(int column) {
+        return column >= 0 && static_cast<std::size_t>(column) < kTextCount;
+    }
+    // The foreign key widened to the tree's key: high half 0.
+    static std::int64_t FKIndexKey(ULONG foreignKey) {
+        return static_cast<std::int64_t>(foreignKey);
+    }
+    static std::int64_t FKIndexKey(const Row& row) { return FKIndexKey(ForeignKeyOf(row)); }
+    static DWORD ForeignKeyOf(const Row& row) {
+        if constexpr (kHasForeignKey) return row.*Traits::kForeignKey;
+        return 0;
+    }
+    static DWORD UniqueIdOf(const Row& row) {
+        if constexpr (kHasUniqueId) return row.*Traits::kUniqueId;
+        return 0;
+    }
+    static int KeyKind() { return Row::Desc().keyKind; }
+
+    bool RegistersTexts() const { return kTextCount > 0 && m_pNameSpace && m_pIdentity; }
+
+    void ResolveUsageTypes() {
+        if (!m_pNameSpace) return;
+        for (std::size_t i = 0; i < kTextCount; ++i)
+            m_usageTypeIds[i] = m_pNameSpace->GetStringUsageTypeId(Traits::kTexts[i].usageTypeName);
+    }
+
+    ULONG AllocateKey() {
+        if constexpr (Traits::kKeySource == EEnhKeySource::OwnCounter)
+            return static_cast<ULONG>(GetNextKey());
+        return m_pKeys ? m_pKeys->AllocKeyValue(KeyKind()) : 0;
+    }
+    void DeclareKey(ULONG key) {
+        if constexpr (Traits::kKeySource == EEnhKeySource::OwnCounter) {
+            RaiseNextKey(key);
+        } else if (m_pKeys) {
+            m_pKeys->SetKeyValue(KeyKind(), key);
+        }
+    }
+    void SettleKey(Row& row) {
+        if (const ULONG key = row.GetTechKey())
+            DeclareKey(key);
+        else
+            row.SetTechKey(AllocateKey());
+    }
+
+    // Key first (the unique object is created with it), then the unique object.
+    void PrepareNewRow(Row& row, ULONG key) {
+        row.SetTechKey(key ? key : AllocateKey());
+        if constexpr (kHasUniqueId) {
+            if (m_pIdentity && row.*Traits::kUniqueId == 0)
+                row.*Traits::kUniqueId = static_cast<DWORD>(m_pIdentity->GetNewUniqueId(
+                    m_nObjectTypeId, ForeignKeyOf(row), row.GetTechKey(), 0));
+        }
+    }
+
+    void MapByKey(Row* row) {
+        Row*& mapped = m_keyMap[row];  // one probe; a new entry holds null
+        if (Traits::kKeyMap == EEnhKeyMap::LastWins || !mapped) mapped = row;
+    }
+
+    void ReleaseTexts(DWORD uniqueId) {
+        if (!m_pNameSpace) return;
+        for (std::size_t i = 0; i < kTextCount; ++i)
+            m_pNameSpace->DeleteString(static_cast<int>(uniqueId), m_usageTypeIds[i]);
+    }
+
+    KeyMap m_keyMap;                            // rows by technical key
+    INameSpaceService* m_pNameSpace;            // not owned; may be null
+    CIdentityMgr* m_pKeys;                      // not owned
+    IObjectIdentityService* m_pIdentity;        // not owned; may be null
+    std::unique_ptr<CBalancedTree> m_pFKIndex;  // rows by foreign key; null without one
+    bool m_fkIndexPending = false;              // loaded rows not yet filed in it
+    std::array<int, kTextCount> m_usageTypeIds{};
+    int m_nObjectTypeId = 0;
+};

@@ -1,0 +1,88 @@
+#include "foundation/enh_table_base.h"
+
+#include "platform/cstring.h"
+#include "platform/hooks.h"
+
+namespace tessmeta {
+
+void TraceFlushFailure(int line) {
+    CString message;
+    message.Format("Flush to zmflib Failure at line: %d\n", line);
+    Trace(message);
+}
+
+}  // namespace tessmeta
+
+CEnhTableBase::CEnhTableBase(CZmfFile* file) : m_pFile(file) {}
+
+CEnhTableBase::CEnhTableBase(CZmfFile* file, const char* tableName) : m_pFile(file) {
+    if (m_pFile) m_pTable = m_pFile->GetTable(tableName);
+}
+
+CEnhTableBase::~CEnhTableBase() {
+    for (POSITION pos = m_rows.GetHeadPosition(); pos;)
+        delete static_cast<CDbObjectBase*>(m_rows.GetNext(pos));
+}
+
+int CEnhTableBase::Get(CDbObjectBase* row) {
+    return m_pTable ? m_pTable->Get(row) : 0;
+}
+
+void CEnhTableBase::Remove(CDbObjectBase* row) {
+    if (!row) return;
+    const POSITION position = row->GetListPosition();
+    delete row;
+    if (position) m_rows.RemoveAt(position);
+}
+
+UINT CEnhTableBase::LoadBucketCount(unsigned int requested) {
+    if (requested) return requested;
+    const LONG figure = m_pTable ? m_pTable->GetSizeEstimate() : 0;
+    return figure > 0 ? static_cast<UINT>(figure) : 1;
+}
+
+void CEnhTableBase::ReleaseHandle() {
+    if (m_pTable && m_pFile) m_pFile->ReleaseTable(&m_pTable, 0);
+    m_pTable = nullptr;
+}
+
+CTableBase* CEnhTableBase::BeginSave(CZmfFile* file, const char* tableName, LONG sizeEstimate) {
+    m_pFile = file;
+    m_pTable = file ? file->GetEmptyTable(tableName) : nullptr;
+    if (m_pTable) m_pTable->SetSizeEstimate(sizeEstimate);
+    return m_pTable;
+}
+
+int CEnhTableBase::SaveRows(CZmfFile* file, const char* tableName) {
+    CTableBase* table = BeginSave(file, tableName, GetRowCount());
+    if (!table) return 0;
+    int result = 1;
+    for (POSITION pos = GetFirstRowPosition(); pos;)
+        result = table->Insert(GetNextRow(pos));
+    return result;
+}
+
+int CEnhTableBase::SaveRowsGuarded(CZmfFile* file, const char* tableName) {
+    return tessmeta::GuardedSave([&] {
+        CTableBase* table = BeginSave(file, tableName, GetRowCount());
+        if (!table) throw __LINE__;
+        for (POSITION pos = GetFirstRowPosition(); pos;)
+            ZMF_CHECKED_INSERT(table, GetNextRow(pos));
+        return 1;
+    });
+}
+
+CTableBase* CEnhTableBase::StorageTable(const char* tableName) {
+    if (m_pTable) return m_pTable;
+    return m_pFile ? m_pFile->GetTable(tableName) : nullptr;
+}
+
+int CEnhTableBase::WriteThroughInsert(const CDbObjectBase* row, const char* tableName) {
+    CTableBase* table = StorageTable(tableName);
+    return table ? table->Insert(row) : 0;
+}
+
+int CEnhTableBase::WriteThroughUpdate(const CDbObjectBase* row, const char* tableName) {
+    CTableBase* table = StorageTable(tableName);
+    return table ? table->Update(row) : 0;
+}

@@ -1,0 +1,165 @@
+// CEnhTableBase: what every in-memory table has in common.
+//
+// A model's tables live in the record store (zmflib). At load each table copies the
+// rows of its record-store table into row objects of its own, indexes them and gives
+// the record-store table back; queries and edits then touch memory only; a save
+// empties the record-store table and writes every row back. This class holds the
+// parts that do not depend on the row type:
+//
+//   - the owning row list: every row object of the table, in insertion order (load
+//     order, then later inserts at the tail). The list owns the rows; each row keeps
+//     its own list position in the slot CDbObjectBase reserves for it, so removing a
+//     row is constant time;
+//   - the record-store handle: set while the table holds a record-store table (from
+//     construction to the end of Init, and from a save until the owner releases it);
+//   - the model file, replaced by the file each save writes to;
+//   - a counter for tables that number their rows themselves.
+//
+// It also supplies the load loop, the plain and guarded saves, and write-through,
+// so that each table states only its own columns and indexes. The typed pattern
+// built on it is CEnhTable (enh_table.h).
+//
+// Guarded saves. A save that writes several record-store tables, or builds rows
+// while saving, runs inside GuardedSave and inserts with ZMF_CHECKED_INSERT. A
+// failed insert ends the save: the source line of the insert is traced as
+// "Flush to zmflib Failure at line: <line>" and the save returns 0. Nothing is
+// rolled back; rows written before the failure stay in the record-store table.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include "platform/cobject.h"
+#include "platform/collections.h"
+#include "platform/types.h"
+#include "zmflib/db_object.h"
+#include "zmflib/iterators.h"
+#include "zmflib/table_base.h"
+#include "zmflib/zmf_file.h"
+
+namespace tessmeta {
+
+// Traces "Flush to zmflib Failure at line: <line>\n".
+void TraceFlushFailure(int line);
+
+// Runs `work` (a callable returning int) and returns its result. A failed
+// ZMF_CHECKED_INSERT inside it ends the work early: the failure is traced and the
+// result is 0. Other exceptions (out of memory) pass through.
+template <class Work>
+int GuardedSave(Work&& work) {
+    try {
+        return std::forward<Work>(work)();
+    } catch (int line) {
+        TraceFlushFailure(line);
+        return 0;
+    }
+}
+
+// Inserts `row`; a missing table or a failed insert throws `line` for GuardedSave.
+inline void CheckedInsert(CTableBase* table, const CDbObjectBase* row, int line) {
+    if (!table || !table->Insert(row)) throw line;
+}
+
+}  // namespace tessmeta
+
+// Only inside GuardedSave: inserts `row` into `table`, or ends the save reporting the
+// line of this statement.
+#define ZMF_CHECKED_INSERT(table, row) ::tessmeta::CheckedInsert((table), (row), __LINE__)
+
+class CEnhTableBase : public CObject {
+  public:
+    // `file` is the application's; the table never owns it.
+    explicit CEnhTableBase(CZmfFile* file);
+    // Deletes every row still in the row list.
+    ~CEnhTableBase() override;
+
+    // Does nothing here.
+    virtual void Init() {}
+    // Loads the table; `bucketCount` sizes its hash maps (0: the size the last save
+    // recorded). Nothing to load here.
+    virtual void Init(unsigned int /*bucketCount*/) {}
+
+    // Advances the row-numbering counter (0 at first) and returns the new value.
+    int GetNextKey() { return ++m_nNextKey; }
+
+    // The record-store table currently held, or null.
+    operator CTableBase*() const { return m_pTable; }
+    // For CZmfFile::ReleaseTable, which clears the handle through it.
+    CTableBase** GetTablePtrAddr() { return &m_pTable; }
+
+    // Reads the stored row with `row`'s key into `row` (CTableBase::Get on the
+    // handle); 0 when absent or when no record-store table is held.
+    int Get(CDbObjectBase* row);
+    // Unlinks a row of this table from the row list and destroys it.
+    void Remove(CDbObjectBase* row);
+
+    // The row list, in order.
+    int GetRowCount() const { return m_rows.GetCount(); }
+    POSITION GetFirstRowPosition() const { return m_rows.GetHeadPosition(); }
+    // The row at `position`; moves `position` on (null after the last row).
+    CDbObjectBase* GetNextRow(POSITION& position) const {
+        return static_cast<CDbObjectBase*>(m_rows.GetNext(position));
+    }
+
+    CZmfFile* GetFile() const { return m_pFile; }
+
+  protected:
+    // Also opens the named record-store table as the handle.
+    CEnhTableBase(CZmfFile* file, const char* tableName);
+
+    // Takes ownership of `row`: appends it and records its position in the row.
+    // If this throws, the row is not taken.
+    void AddRow(CDbObjectBase* row) { row->SetListPosition(m_rows.AddTail(row)); }
+
+    // Raises the row-numbering counter to `key` if it is below (for loaded rows of
+    // tables that number their own rows).
+    void RaiseNextKey(ULONG key) {
+        if (static_cast<std::int64_t>(key) > m_nNextKey) m_nNextKey = static_cast<int>(key);
+    }
+
+    // The bucket count a load uses: `requested`, else the size figure of the held
+    // record-store table; never 0.
+    UINT LoadBucketCount(unsigned int requested);
+
+    // The load loop: reads every stored row into a fresh Row object and passes it to
+    // `enter` (which takes ownership), then releases the record-store table.
+    template <class Row, class Enter>
+    void LoadRows(Enter&& enter);
+
+    // Makes `file` the model file and holds its emptied table `tableName` with the
+    // size estimate given. Returns the handle; null on failure.
+    CTableBase* BeginSave(CZmfFile* file, const char* tableName, LONG sizeEstimate);
+    // The plain save: every row, in list order, into the emptied table. Returns the
+    // result of the last insert (1 when there are no rows); a failed insert does
+    // not stop the loop. 0 when the table cannot be emptied. The handle is kept.
+    int SaveRows(CZmfFile* file, const char* tableName);
+    // The same inside GuardedSave: the first failed insert ends it with result 0.
+    int SaveRowsGuarded(CZmfFile* file, const char* tableName);
+
+    // Write-through: insert or update `row` in the record-store table at once (the
+    // held handle, else the file's table `tableName`). The record store's result.
+    int WriteThroughInsert(const CDbObjectBase* row, const char* tableName);
+    int WriteThroughUpdate(const CDbObjectBase* row, const char* tableName);
+
+  private:
+    void ReleaseHandle();
+    CTableBase* StorageTable(const char* tableName);
+
+    int m_nNextKey = 0;
+    CTableBase* m_pTable = nullptr;  // not owned: the file owns its tables
+    CPtrList m_rows{10};             // owns every row (CDbObjectBase*) in it
+    CZmfFile* m_pFile;               // not owned
+};
+
+template <class Row, class Enter>
+void CEnhTableBase::LoadRows(Enter&& enter) {
+    CIteratorBase stored(m_pTable);
+    auto row = std::make_unique<Row>();
+    while (stored.GetNext(row.get())) {
+        enter(std::move(row));
+        row = std::make_unique<Row>();
+    }
+    row.reset();  // the spare row the last, failed read went into
+    ReleaseHandle();
+}
