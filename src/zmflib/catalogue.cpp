@@ -29,7 +29,12 @@ struct SourceVisitor {
 
 }  // namespace
 
-#define ZMF_COLUMN_DESC(type, name) {#name, EZmfColumnType::type},
+#define ZMF_COLUMN_TYPE_U32 U32
+#define ZMF_COLUMN_TYPE_StrId StringId
+#define ZMF_COLUMN_TYPE_Int Int
+#define ZMF_COLUMN_TYPE_String String
+#define ZMF_COLUMN_TYPE_Date Date
+#define ZMF_COLUMN_DESC(type, name) {#name, EZmfColumnType::ZMF_COLUMN_TYPE_##type},
 #define ZMF_HAS_TECH_KEY_Tech true
 #define ZMF_HAS_TECH_KEY_Plain false
 

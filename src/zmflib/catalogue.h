@@ -13,7 +13,8 @@
 class CDbObjectBase;
 class CZmfString;
 
-enum class EZmfColumnType { Key, U32, Int, String, Date };
+// StringId columns hold the id of a text of the name space (an unsigned 32-bit value).
+enum class EZmfColumnType { Key, U32, StringId, Int, String, Date };
 
 struct SZmfColumnDesc {
     const char* name;

@@ -9,6 +9,7 @@
 #include "zmflib/fields.h"
 
 #define ZMF_FIELD_TYPE_U32 DWORD
+#define ZMF_FIELD_TYPE_StrId DWORD
 #define ZMF_FIELD_TYPE_Int CZmfInt
 #define ZMF_FIELD_TYPE_String CZmfString
 #define ZMF_FIELD_TYPE_Date CZmfDateTime

@@ -79,6 +79,21 @@ TEST(Catalogue, TheTwoNumberingsStayApart) {
     EXPECT_EQ(file->GetTableName(-1), nullptr);
 }
 
+TEST(Catalogue, StringIdColumnsAreMarked) {
+    auto typeOf = [](const char* table, const char* column) {
+        for (const SZmfColumnDesc& c : zmf::FindTableByName(table)->columns)
+            if (std::string(c.name) == column) return c.type;
+        ADD_FAILURE() << table << "." << column;
+        return EZmfColumnType::Key;
+    };
+    EXPECT_EQ(typeOf("Reference_Value", "Max_Value"), EZmfColumnType::StringId);
+    EXPECT_EQ(typeOf("DbPackage", "Body_Value"), EZmfColumnType::StringId);
+    EXPECT_EQ(typeOf("StringUsage", "String_ID"), EZmfColumnType::StringId);
+    EXPECT_EQ(typeOf("Reference_Value", "Global_User_ID"), EZmfColumnType::U32);
+    EXPECT_EQ(typeOf("SmallString", "Text"), EZmfColumnType::String);
+    EXPECT_EQ(typeOf("UniqueObject", "Modification_Date"), EZmfColumnType::Date);
+}
+
 TEST(Catalogue, RowClassesExposeColumnsAsFields) {
     CReference_ValueBase ref(5);
     EXPECT_EQ(ref.Reference_Value_ID, 5u);
