@@ -21,6 +21,7 @@ class CIteratorBase {
     int GetNext(CDbObjectBase* row);
 
   private:
+    CTableBase* m_table;  // not owned; the file owns it
     std::unique_ptr<CZmfCursor> m_cursor;
 };
 

@@ -4,6 +4,7 @@
 
 #include "zmflib/db_object.h"
 #include "zmflib/iterators.h"
+#include "zmflib/zmf_file.h"
 
 CTableBase::CTableBase(CZmfFile* file, const SZmfTableDesc& desc) : m_file(file), m_desc(desc) {}
 
@@ -15,6 +16,7 @@ int CTableBase::Insert(const CDbObjectBase* row) {
         ++m_insertCalls;
         if (std::binary_search(m_failCalls.begin(), m_failCalls.end(), m_insertCalls)) return 0;
     }
+    m_file->CountRow();
     return DoInsert(row);
 }
 
@@ -64,13 +66,14 @@ void CTableBase::FailInsertCalls(std::vector<ULONG> calls) {
     m_insertCalls = 0;
 }
 
-CIteratorBase::CIteratorBase(CTableBase* table) {
+CIteratorBase::CIteratorBase(CTableBase* table) : m_table(table) {
     if (table) m_cursor = table->OpenCursor();
 }
 
 CIteratorBase::~CIteratorBase() = default;
 
 int CIteratorBase::GetNext(CDbObjectBase* row) {
-    if (!m_cursor || !row) return 0;
-    return m_cursor->Next(row);
+    if (!m_cursor || !row || !m_cursor->Next(row)) return 0;
+    m_table->GetFile()->CountRow();
+    return 1;
 }

@@ -70,3 +70,9 @@ bool CZmfFile::Commit() {
     m_saving = false;
     return ok;
 }
+
+void CZmfFile::SetProgressHook(ProgressHook hook, std::uint64_t every) {
+    m_progress = std::move(hook);
+    m_progressEvery = every ? every : 1;
+    m_untilProgress = m_progressEvery;
+}

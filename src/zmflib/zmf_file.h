@@ -1,6 +1,8 @@
 // A model file: the record store's tables, key allocator and format version.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -74,6 +76,20 @@ class CZmfFile {
     // Records a failure as "<path>: <cause>" (used by the backends).
     void SetError(const std::string& cause);
 
+    // Progress of long loads and saves: the hook receives the number of rows read
+    // or inserted so far through this file, every `every` rows. Null switches it off.
+    using ProgressHook = std::function<void(std::uint64_t rows)>;
+    void SetProgressHook(ProgressHook hook, std::uint64_t every = 65536);
+    std::uint64_t GetRowsMoved() const { return m_rowsMoved; }
+    // Counts one row read or inserted (called by tables and iterators).
+    void CountRow() {
+        ++m_rowsMoved;
+        if (--m_untilProgress == 0) {
+            m_untilProgress = m_progressEvery;
+            if (m_progress) m_progress(m_rowsMoved);
+        }
+    }
+
   protected:
     CZmfFile(std::string path, DWORD formatVersion, bool readOnly);
 
@@ -106,4 +122,8 @@ class CZmfFile {
     CIdentityMgr m_identity;
     std::unordered_map<const SZmfTableDesc*, std::unique_ptr<CTableBase>> m_tables;
     std::string m_lastError;
+    ProgressHook m_progress;
+    std::uint64_t m_progressEvery = 65536;
+    std::uint64_t m_untilProgress = 65536;
+    std::uint64_t m_rowsMoved = 0;
 };

@@ -183,3 +183,26 @@ INSTANTIATE_TEST_SUITE_P(Backends, TableTest, ::testing::Values(Backend::Memory,
                          });
 
 }  // namespace
+
+namespace {
+
+TEST(ZmfFileProgress, TheHookSeesRowsReadAndInserted) {
+    auto file = CZmfFile::OpenMemory();
+    std::vector<std::uint64_t> calls;
+    file->SetProgressHook([&](std::uint64_t rows) { calls.push_back(rows); }, 3);
+    CTableBase* t = file->GetEmptyTable("MetaTable");
+    for (ULONG k = 1; k <= 4; ++k) {
+        CMetaTableBase row(k);
+        t->Insert(&row);
+    }
+    CMetaTableIterator it(t);
+    CMetaTableBase row;
+    while (it.GetNext(&row)) {
+    }
+    EXPECT_EQ(file->GetRowsMoved(), 8u);
+    EXPECT_EQ(calls, (std::vector<std::uint64_t>{3, 6}));
+    file->SetProgressHook(nullptr);
+    EXPECT_EQ(it.GetNext(&row), 0);
+}
+
+}  // namespace
