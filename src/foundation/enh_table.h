@@ -106,8 +106,11 @@ class CEnhRow : public RecordRow {
 };
 
 // Map traits for rows by technical key (hash = key, so bucket = key mod count).
+// Row maps grow past two rows per bucket (see cmap.h): a table sized for its last
+// save, or a new one with a single bucket, stays fast however many rows it gains.
 template <class Row>
 struct CEnhTechKeyTraits {
+    static constexpr bool kGrow = true;
     static UINT Hash(Row* row) { return row->GetTechKey(); }
     static bool Equal(Row* const& stored, Row* row) {
         return stored->GetTechKey() == row->GetTechKey();
@@ -117,6 +120,7 @@ struct CEnhTechKeyTraits {
 // Map traits for rows by one unsigned 32-bit column (hash = the column's value).
 template <class Row, auto Column>
 struct CEnhFieldTraits {
+    static constexpr bool kGrow = true;
     static UINT Hash(Row* row) { return row->*Column; }
     static bool Equal(Row* const& stored, Row* row) { return stored->*Column == row->*Column; }
 };

@@ -23,6 +23,15 @@
 //     static UINT Hash(ARG_KEY key);
 //     static bool Equal(const KEY& stored, ARG_KEY key);
 // Keys that are Equal must have the same Hash. Neither may throw or modify the map.
+//
+// Growth (opt-in). The framework's map never resizes itself: a table sized for the
+// rows of its last save keeps that size however much it grows, and a table of a new
+// model starts with one bucket, so a million inserts would walk chains a million
+// long. Traits that declare `static constexpr bool kGrow = true;` let the map double
+// its bucket array (2n + 1, kept odd) whenever it holds more than twice as many
+// entries as buckets. Lookups, replacement and removal behave as before; only the
+// bucket count and the bucket order of an iteration change, and neither is relied on
+// by a map that opts in.
 // Tables use their own traits to map rows by a field of the row (a key, a text,
 // the upper-cased text), keeping the row pointer itself as the key.
 #pragma once
@@ -221,7 +230,34 @@ class CMap {
         }
         head = assoc;
         ++m_nCount;
+        if constexpr (kGrows) {
+            if (static_cast<UINT>(m_nCount) / 2 > m_nHashTableSize) Grow();
+        }
         return assoc;
+    }
+
+    static constexpr bool kGrows = [] {
+        if constexpr (requires { TRAITS::kGrow; }) return static_cast<bool>(TRAITS::kGrow);
+        return false;
+    }();
+
+    // Moves every node to a bucket array of 2n + 1 buckets. Nodes stay where they
+    // are in memory, so references to values stay valid.
+    void Grow() {
+        const UINT size = m_nHashTableSize * 2 + 1;
+        CAssoc** table = new CAssoc*[size]();
+        for (UINT bucket = 0; bucket < m_nHashTableSize; ++bucket) {
+            for (CAssoc* assoc = m_pHashTable[bucket]; assoc;) {
+                CAssoc* next = assoc->pNext;
+                CAssoc*& head = table[assoc->nHashValue % size];
+                assoc->pNext = head;
+                head = assoc;
+                assoc = next;
+            }
+        }
+        delete[] m_pHashTable;
+        m_pHashTable = table;
+        m_nHashTableSize = size;
     }
 
     void FreeAssoc(CAssoc* assoc) {

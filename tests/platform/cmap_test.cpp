@@ -230,3 +230,47 @@ TEST(CMapTest, RandomOperationsMatchUnorderedMap) {
 }
 
 }  // namespace
+
+namespace {
+
+struct SGrowingTraits {
+    static constexpr bool kGrow = true;
+    static UINT Hash(ULONG key) { return key; }
+    static bool Equal(const ULONG& stored, ULONG key) { return stored == key; }
+};
+
+// A map that opts in doubles its buckets past two entries per bucket and keeps
+// every entry reachable; one that does not keeps its size whatever it holds.
+TEST(CMapGrowth, OptInMapsGrowOthersKeepTheirSize) {
+    CMap<ULONG, ULONG, ULONG, ULONG, SGrowingTraits> growing;
+    growing.InitHashTable(1);
+    CMap<ULONG, ULONG, ULONG, ULONG> fixed;
+    fixed.InitHashTable(1);
+    ULONG& first = growing[1];
+    first = 10;
+    for (ULONG k = 2; k <= 1000; ++k) {
+        growing[k] = k * 10;
+        fixed[k] = k;
+    }
+    EXPECT_EQ(fixed.GetHashTableSize(), 1u);
+    EXPECT_GE(growing.GetHashTableSize(), 255u);
+    EXPECT_LE(growing.GetCount(), static_cast<int>(2 * growing.GetHashTableSize()));
+    EXPECT_EQ(growing.GetHashTableSize() % 2, 1u);
+    EXPECT_EQ(&first, &growing[1]);  // nodes do not move
+    for (ULONG k = 1; k <= 1000; ++k) {
+        ULONG value = 0;
+        ASSERT_TRUE(growing.Lookup(k, value));
+        EXPECT_EQ(value, k * 10);
+    }
+    int visited = 0;
+    for (POSITION pos = growing.GetStartPosition(); pos; ++visited) {
+        ULONG key, value;
+        growing.GetNextAssoc(pos, key, value);
+    }
+    EXPECT_EQ(visited, 1000);
+    for (ULONG k = 1; k <= 1000; ++k)
+        ASSERT_TRUE(growing.RemoveKey(k));
+    EXPECT_TRUE(growing.IsEmpty());
+}
+
+}  // namespace
