@@ -8,4 +8,8 @@
 #include "foundation/enh_services.h"
 #include "foundation/enh_table.h"
 #include "foundation/enh_table_base.h"
+#include "identity/global_id_maps.h"
+#include "identity/guid_mgr.h"
+#include "identity/guid_text.h"
+#include "identity/repo_status.h"
 #include "platform/cobject.h"

@@ -1,0 +1,429 @@
+// The identity manager against baselines measured in the same run, on 1,000,000
+// unique objects with random GUIDs:
+//  - load (CGuidMgr construction and Init, with the GUID map) from a .zmf file,
+//    against a raw sqlite3_step scan of the same table;
+//  - GetUniqueObjectID by GUID text and GetObjectTypeId by id, against
+//    std::unordered_map lookups of the same keys, in the same shuffled order;
+//  - GetNewUniqueId throughput;
+//  - save of the same table against prepared multi-row INSERTs in one transaction;
+//  - the GUID map's hash: summing the 16 bytes against the mixing hash in use,
+//    building a map of the same GUIDs and looking every one up.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "identity/guid_mgr.h"
+#include "identity/guid_text.h"
+#include "support/bench_support.h"
+
+namespace {
+
+using tessmeta::bench::MakeUniqueObjects;
+using tessmeta::bench::OpenRaw;
+using tessmeta::bench::ScratchFile;
+
+constexpr size_t kRows = 1000000;
+// Buckets as CGuidMgr sizes them for kRows stored objects: 1.7 times, made odd.
+constexpr UINT kGuidBuckets = static_cast<UINT>(kRows * 17 / 10) | 1u;
+
+std::vector<GUID> RandomGuids(size_t count) {
+    std::vector<GUID> guids(count);
+    for (GUID& g : guids)
+        UuidCreate(&g);
+    return guids;
+}
+
+// The shared synthetic rows, with random GUIDs as a real model has.
+const std::vector<CUniqueObjectBase>& Rows() {
+    static const auto rows = [] {
+        auto made = MakeUniqueObjects(kRows);
+        const auto objectGuids = RandomGuids(kRows);
+        const auto versionGuids = RandomGuids(kRows);
+        for (size_t i = 0; i < kRows; ++i) {
+            tessmeta::GuidToText(objectGuids[i], made[i].Object_GUID);
+            tessmeta::GuidToText(versionGuids[i], made[i].Version_GUID);
+        }
+        return made;
+    }();
+    return rows;
+}
+
+// A model file holding the rows and a few object definitions, written once per run.
+const std::string& ModelFile() {
+    static const std::string path = [] {
+        std::string p = ScratchFile("identity.zmf");
+        auto file = CZmfFile::Create(p);
+        CTableBase* objects = file->GetEmptyTable("UniqueObject");
+        objects->SetSizeEstimate(static_cast<LONG>(kRows));
+        for (const auto& row : Rows())
+            objects->Insert(&row);
+        CTableBase* definitions = file->GetEmptyTable("ObjectDefinition");
+        for (DWORD id = 1; id <= 75; ++id) {
+            CObjectDefinitionBase def(id);
+            def.Name = (id == 1 ? std::string("Entity") : "Type " + std::to_string(id)).c_str();
+            definitions->Insert(&def);
+        }
+        if (!file->Commit()) std::abort();
+        return p;
+    }();
+    return path;
+}
+
+std::unique_ptr<CGuidMgr> LoadModel(CZmfFile& file) {
+    auto mgr = std::make_unique<CGuidMgr>(&file, 1);
+    mgr->Init(0, 530);
+    return mgr;
+}
+
+void BM_LoadGuidMgr(benchmark::State& state) {
+    auto file = CZmfFile::Open(ModelFile());
+    for (auto _ : state) {
+        auto mgr = LoadModel(*file);
+        if (mgr->GetUniqueObjCount() != static_cast<int>(kRows)) state.SkipWithError("count");
+        state.PauseTiming();
+        mgr.reset();  // freeing a million rows is not part of the load
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
+}
+
+// The same columns read into a plain struct.
+struct RawObject {
+    int64_t id, type, model, domain, plex1, plex2;
+    double modified;
+    int64_t created, status, reserved;
+    std::string guid, version;
+};
+
+void BM_LoadRawSqliteScan(benchmark::State& state) {
+    sqlite3* db = OpenRaw(ModelFile());
+    sqlite3_stmt* stmt = nullptr;
+    sqlite3_prepare_v2(db,
+                       "SELECT Unique_Object_ID, Object_Type_ID, Model_ID, Object_Domain_ID,"
+                       " Plex_ID_1, Plex_ID_2, Modification_Date, Creation_Time,"
+                       " Repository_Status, Reserved, Object_GUID, Version_GUID"
+                       " FROM UniqueObject ORDER BY rowid",
+                       -1, &stmt, nullptr);
+    for (auto _ : state) {
+        RawObject row;
+        size_t n = 0;
+        while (sqlite3_step(stmt) == SQLITE_ROW) {
+            row.id = sqlite3_column_int64(stmt, 0);
+            row.type = sqlite3_column_int64(stmt, 1);
+            row.model = sqlite3_column_int64(stmt, 2);
+            row.domain = sqlite3_column_int64(stmt, 3);
+            row.plex1 = sqlite3_column_int64(stmt, 4);
+            row.plex2 = sqlite3_column_int64(stmt, 5);
+            row.modified = sqlite3_column_double(stmt, 6);
+            row.created = sqlite3_column_int64(stmt, 7);
+            row.status = sqlite3_column_int64(stmt, 8);
+            row.reserved = sqlite3_column_int64(stmt, 9);
+            row.guid.assign(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 10)),
+                            sqlite3_column_bytes(stmt, 10));
+            row.version.assign(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 11)),
+                               sqlite3_column_bytes(stmt, 11));
+            ++n;
+        }
+        sqlite3_reset(stmt);
+        if (n != kRows) state.SkipWithError("row count");
+        benchmark::DoNotOptimize(row);
+    }
+    sqlite3_finalize(stmt);
+    sqlite3_close(db);
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
+}
+
+// One loaded model shared by the lookup benchmarks.
+struct LoadedModel {
+    std::unique_ptr<CZmfFile> file;
+    std::unique_ptr<CGuidMgr> mgr;
+    std::vector<size_t> order;  // a shuffled walk over the rows
+};
+
+LoadedModel& Loaded() {
+    static LoadedModel model = [] {
+        LoadedModel m;
+        m.file = CZmfFile::Open(ModelFile());
+        m.mgr = LoadModel(*m.file);
+        m.order.resize(kRows);
+        for (size_t i = 0; i < kRows; ++i)
+            m.order[i] = i;
+        std::shuffle(m.order.begin(), m.order.end(), std::mt19937_64(42));
+        return m;
+    }();
+    return model;
+}
+
+void BM_GuidTextLookup(benchmark::State& state) {
+    auto& model = Loaded();
+    std::vector<CString> keys;
+    keys.reserve(kRows);
+    for (size_t i : model.order)
+        keys.emplace_back(Rows()[i].Object_GUID.GetValue());
+    for (auto _ : state) {
+        uint64_t sum = 0;
+        for (const CString& key : keys)
+            sum += model.mgr->GetUniqueObjectID(key);
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
+}
+
+void BM_GuidTextLookupUnorderedMap(benchmark::State& state) {
+    auto& model = Loaded();
+    std::unordered_map<std::string, ULONG> map;
+    map.reserve(kRows);
+    for (const auto& row : Rows())
+        map.emplace(row.Object_GUID.GetValue().GetString(), row.Unique_Object_ID);
+    std::vector<std::string> keys;
+    keys.reserve(kRows);
+    for (size_t i : model.order)
+        keys.emplace_back(Rows()[i].Object_GUID.GetValue().GetString());
+    for (auto _ : state) {
+        uint64_t sum = 0;
+        for (const std::string& key : keys) {
+            auto it = map.find(key);
+            sum += it == map.end() ? 0 : it->second;
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
+}
+
+void BM_TypeIdLookup(benchmark::State& state) {
+    auto& model = Loaded();
+    std::vector<unsigned int> keys;
+    keys.reserve(kRows);
+    for (size_t i : model.order)
+        keys.push_back(Rows()[i].Unique_Object_ID);
+    for (auto _ : state) {
+        int64_t sum = 0;
+        for (unsigned int id : keys)
+            sum += model.mgr->GetObjectTypeId(id);
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
+}
+
+void BM_TypeIdLookupUnorderedMap(benchmark::State& state) {
+    auto& model = Loaded();
+    std::unordered_map<ULONG, int> map;
+    map.reserve(kRows);
+    for (const auto& row : Rows())
+        map.emplace(row.Unique_Object_ID, row.Object_Type_ID);
+    std::vector<ULONG> keys;
+    keys.reserve(kRows);
+    for (size_t i : model.order)
+        keys.push_back(Rows()[i].Unique_Object_ID);
+    for (auto _ : state) {
+        int64_t sum = 0;
+        for (ULONG id : keys) {
+            auto it = map.find(id);
+            sum += it == map.end() ? 0 : it->second;
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
+}
+
+void BM_NewUniqueId(benchmark::State& state) {
+    auto file = CZmfFile::OpenMemory();
+    CGuidMgr mgr(file.get(), 1);
+    // Sized as a reload of a million objects would be: maps never grow, so an empty
+    // model started with Init(0, ...) would have one bucket.
+    mgr.Init(kGuidBuckets, 530);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(mgr.GetNewUniqueId(7, 1, 0, 0));
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()));
+}
+
+// Each save replaces the rows of an existing model file, as a model save does.
+std::string FreshSaveTarget(const char* name) {
+    std::string path = ScratchFile(name);
+    std::filesystem::remove(path);
+    CZmfFile::Create(path).reset();
+    return path;
+}
+
+void BM_SaveGuidMgr(benchmark::State& state) {
+    auto& model = Loaded();
+    for (auto _ : state) {
+        state.PauseTiming();
+        const std::string path = FreshSaveTarget("save.zmf");
+        state.ResumeTiming();
+        auto file = CZmfFile::Open(path);
+        if (!model.mgr->Save(file.get(), nullptr, 0, 0)) state.SkipWithError("save");
+        model.mgr->ReleaseStorageTables(0);
+        if (!file->Commit()) state.SkipWithError("commit");
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
+}
+
+void BindObject(sqlite3_stmt* stmt, int base, const CUniqueObjectBase& r) {
+    sqlite3_bind_int64(stmt, base + 1, r.Unique_Object_ID);
+    sqlite3_bind_int64(stmt, base + 2, static_cast<LONG>(r.Object_Type_ID));
+    sqlite3_bind_int64(stmt, base + 3, r.Model_ID);
+    sqlite3_bind_int64(stmt, base + 4, r.Object_Domain_ID);
+    sqlite3_bind_int64(stmt, base + 5, static_cast<LONG>(r.Plex_ID_1));
+    sqlite3_bind_int64(stmt, base + 6, static_cast<LONG>(r.Plex_ID_2));
+    sqlite3_bind_double(stmt, base + 7, r.Modification_Date.GetValue().m_dt);
+    sqlite3_bind_int64(stmt, base + 8, r.Creation_Time);
+    sqlite3_bind_int64(stmt, base + 9, r.Repository_Status);
+    sqlite3_bind_int64(stmt, base + 10, r.Reserved);
+    sqlite3_bind_text(stmt, base + 11, r.Object_GUID, r.Object_GUID.GetLength(), SQLITE_STATIC);
+    sqlite3_bind_text(stmt, base + 12, r.Version_GUID, r.Version_GUID.GetLength(), SQLITE_STATIC);
+}
+
+sqlite3_stmt* PrepareInsert(sqlite3* db, int rowsPerStatement) {
+    std::string sql =
+        "INSERT INTO UniqueObject (Unique_Object_ID, Object_Type_ID, Model_ID, Object_Domain_ID,"
+        " Plex_ID_1, Plex_ID_2, Modification_Date, Creation_Time, Repository_Status, Reserved,"
+        " Object_GUID, Version_GUID) VALUES ";
+    for (int r = 0; r < rowsPerStatement; ++r)
+        sql += r ? ",(?,?,?,?,?,?,?,?,?,?,?,?)" : "(?,?,?,?,?,?,?,?,?,?,?,?)";
+    sqlite3_stmt* stmt = nullptr;
+    sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr);
+    return stmt;
+}
+
+// Prepared INSERTs of 64 rows each (the record store's batch), in one transaction.
+void BM_SaveRawSqlite(benchmark::State& state) {
+    const auto& rows = Rows();
+    constexpr int kBatch = 64;
+    for (auto _ : state) {
+        state.PauseTiming();
+        const std::string path = FreshSaveTarget("raw.zmf");
+        state.ResumeTiming();
+        sqlite3* db = OpenRaw(path);
+        sqlite3_exec(db, "BEGIN IMMEDIATE; DELETE FROM UniqueObject;", nullptr, nullptr, nullptr);
+        sqlite3_stmt* many = PrepareInsert(db, kBatch);
+        sqlite3_stmt* one = PrepareInsert(db, 1);
+        size_t i = 0;
+        for (; i + kBatch <= rows.size(); i += kBatch) {
+            for (int r = 0; r < kBatch; ++r)
+                BindObject(many, r * 12, rows[i + r]);
+            sqlite3_step(many);
+            sqlite3_reset(many);
+        }
+        for (; i < rows.size(); ++i) {
+            BindObject(one, 0, rows[i]);
+            sqlite3_step(one);
+            sqlite3_reset(one);
+        }
+        sqlite3_finalize(many);
+        sqlite3_finalize(one);
+        if (sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK)
+            state.SkipWithError("commit");
+        sqlite3_close(db);
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
+}
+
+// ---- the GUID map's hash --------------------------------------------------------------
+
+// Summing the 16 bytes: at most 16 * 255 + 1 = 4,081 distinct hashes.
+struct SGuidByteSumTraits {
+    static UINT Hash(const GUID& guid) {
+        const auto* bytes = reinterpret_cast<const unsigned char*>(&guid);
+        UINT sum = 0;
+        for (size_t i = 0; i < sizeof(GUID); ++i)
+            sum += bytes[i];
+        return sum;
+    }
+    static bool Equal(const GUID& stored, const GUID& guid) { return stored == guid; }
+};
+
+const std::vector<GUID>& HashGuids() {
+    static const auto guids = RandomGuids(kRows);
+    return guids;
+}
+
+template <class Traits>
+using GuidMap = CMap<GUID, const GUID&, ULONG, ULONG, Traits>;
+
+// Builds the map as a load does (first entry of a GUID wins, so each insertion
+// probes its chain first).
+template <class Traits>
+void Fill(GuidMap<Traits>& map) {
+    map.InitHashTable(kGuidBuckets, TRUE);
+    ULONG id = 0;
+    for (const GUID& g : HashGuids()) {
+        ULONG& slot = map[g];
+        if (!slot) slot = ++id;
+    }
+}
+
+template <class Traits>
+void ReportChains(benchmark::State& state) {
+    std::vector<UINT> chain(kGuidBuckets, 0);
+    for (const GUID& g : HashGuids())
+        ++chain[Traits::Hash(g) % kGuidBuckets];
+    UINT used = 0, longest = 0;
+    double probes = 0;  // nodes visited by a successful lookup, on average
+    for (UINT n : chain) {
+        used += n ? 1 : 0;
+        longest = std::max(longest, n);
+        probes += n * (n + 1) / 2.0;
+    }
+    state.counters["chains"] = used;
+    state.counters["longest"] = longest;
+    state.counters["probes"] = probes / static_cast<double>(kRows);
+}
+
+template <class Traits>
+void BM_GuidMapBuild(benchmark::State& state) {
+    HashGuids();  // generated outside the timing
+    for (auto _ : state) {
+        GuidMap<Traits> map(10);
+        Fill(map);
+        if (map.GetCount() != static_cast<int>(kRows)) state.SkipWithError("count");
+        state.PauseTiming();
+        map.RemoveAll();
+        state.ResumeTiming();
+    }
+    ReportChains<Traits>(state);
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
+}
+
+template <class Traits>
+void BM_GuidMapLookup(benchmark::State& state) {
+    GuidMap<Traits> map(10);
+    Fill(map);
+    std::vector<GUID> keys = HashGuids();
+    std::shuffle(keys.begin(), keys.end(), std::mt19937_64(7));
+    for (auto _ : state) {
+        uint64_t sum = 0;
+        ULONG value = 0;
+        for (const GUID& g : keys)
+            sum += map.Lookup(g, value) ? value : 0;
+        benchmark::DoNotOptimize(sum);
+    }
+    ReportChains<Traits>(state);
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
+}
+
+BENCHMARK(BM_LoadGuidMgr)->Unit(benchmark::kMillisecond)->MinTime(3)->UseRealTime();
+BENCHMARK(BM_LoadRawSqliteScan)->Unit(benchmark::kMillisecond)->MinTime(3)->UseRealTime();
+BENCHMARK(BM_GuidTextLookup)->Unit(benchmark::kMillisecond)->MinTime(2);
+BENCHMARK(BM_GuidTextLookupUnorderedMap)->Unit(benchmark::kMillisecond)->MinTime(2);
+BENCHMARK(BM_TypeIdLookup)->Unit(benchmark::kMillisecond)->MinTime(2);
+BENCHMARK(BM_TypeIdLookupUnorderedMap)->Unit(benchmark::kMillisecond)->MinTime(2);
+BENCHMARK(BM_NewUniqueId)->Unit(benchmark::kNanosecond)->Iterations(1000000);
+BENCHMARK(BM_SaveGuidMgr)->Unit(benchmark::kMillisecond)->Iterations(5)->UseRealTime();
+BENCHMARK(BM_SaveRawSqlite)->Unit(benchmark::kMillisecond)->Iterations(5)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_GuidMapBuild, SGuidHashTraits)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK_TEMPLATE(BM_GuidMapBuild, SGuidByteSumTraits)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(1);
+BENCHMARK_TEMPLATE(BM_GuidMapLookup, SGuidHashTraits)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK_TEMPLATE(BM_GuidMapLookup, SGuidByteSumTraits)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(1);
+
+}  // namespace

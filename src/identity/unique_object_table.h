@@ -1,0 +1,147 @@
+// CEnhUniqueObjectTable: every unique object of a model ("UniqueObject"), in memory.
+//
+// A unique object is the identity of one modelled thing: its 32-bit id (the key all
+// other tables refer to), its object type, its model, its domain, two plex ids, two
+// GUIDs (identity and version), time stamps and a repository status word.
+//
+// Rows live in the base's row list, which owns them (load order, then creation
+// order), and are found through two maps:
+//   - by id: bucket = id mod count;
+//   - by object GUID, only when the owner keeps one. Its hash mixes all 16 bytes.
+//     (Summing the bytes, the obvious choice, has only 4,081 possible values: a
+//     million objects would share 4,081 chains of about 245 each.)
+// When two rows share an id or an object GUID, the first one entered answers; a row
+// whose GUID is changed afterwards (SetObjectGuid) takes its new GUID over. The GUID
+// map holds ids, 0 meaning none, so an object stored with id 0 is never found by
+// its GUID.
+//
+// The table numbers objects itself: the base's key counter, raised past every id
+// loaded, so an id is never handed out twice while the model is open.
+//
+// Load and save convert GUIDs between the record store's text columns and the
+// rows' binary GUIDs (ObjectGuid, VersionGuid). The text columns Object_GUID and
+// Version_GUID of an in-memory row are transfer buffers only and stay empty.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+
+#include "foundation/enh_table.h"
+#include "identity/id_traits.h"
+#include "platform/cmap.h"
+#include "platform/guid.h"
+#include "platform/types.h"
+#include "zmflib/rows.h"
+
+class CGuidMgr;
+class CGlobalIdMaps;
+class CEnhUniqueObjectTable;
+
+// One unique object: the record-store columns (binary GUIDs instead of the texts)
+// and the mark of MarkForRemoval, which is not stored.
+class CKelUniqueObject final : public CEnhRow<CUniqueObjectBase, CEnhUniqueObjectTable> {
+  public:
+    GUID ObjectGuid{};
+    GUID VersionGuid{};
+    LONG MarkedForRemoval = 0;
+};
+
+// Hash of the GUID map: the two 64-bit halves, multiplied apart and folded. Any
+// change of any byte moves the hash; random GUIDs spread evenly over the buckets.
+struct SGuidHashTraits {
+    static constexpr bool kGrow = true;  // see cmap.h: a growing model stays fast
+    static UINT Hash(const GUID& guid) {
+        std::uint64_t low;
+        std::uint64_t high;
+        std::memcpy(&low, &guid, sizeof low);
+        std::memcpy(&high, reinterpret_cast<const unsigned char*>(&guid) + sizeof low, sizeof high);
+        std::uint64_t h = low * 0x9E3779B97F4A7C15ull ^ high * 0xC2B2AE3D27D4EB4Full;
+        h ^= h >> 29;
+        return static_cast<UINT>(h ^ (h >> 32));
+    }
+    static bool Equal(const GUID& stored, const GUID& guid) { return stored == guid; }
+};
+
+class CEnhUniqueObjectTable : public CEnhTableBase {
+  public:
+    static constexpr DWORD kDefaultFileVersion = 530;
+
+    using IdMap = CMap<ULONG, ULONG, CKelUniqueObject*, CKelUniqueObject*, SIdHashTraits>;
+    // GUID to id, not to row: a lookup by GUID then touches no row at all.
+    using GuidMap = CMap<GUID, const GUID&, ULONG, ULONG, SGuidHashTraits>;
+
+    // Opens the file's "UniqueObject" table. `owner` (borrowed, not null) supplies
+    // the classification, the repository hooks and the nil-GUID flag; `keepGuidMap`
+    // non-zero gives the table its GUID map.
+    CEnhUniqueObjectTable(CZmfFile* file, CGuidMgr* owner, int keepGuidMap);
+
+    // The format version of the model file, which decides how rows load and save.
+    void SetFileVersion(DWORD version) { m_nFileVersion = version; }
+    DWORD GetFileVersion() const { return m_nFileVersion; }
+
+    using CEnhTableBase::Init;
+    // Loads every stored row. Both maps get `hashSize` buckets; with 0, the stored
+    // row count, which with a GUID map is taken times 1.7 and made odd. Files older
+    // than version 500 hold no GUIDs: their objects get new ones, status New, and a
+    // creation time from the modification date when they have none.
+    void Init(unsigned int hashSize) override;
+
+    // Rewrites the record-store table from memory (see CGuidMgr::Save). Returns 1
+    // when every row was written, 0 when the table could not be emptied or an insert
+    // failed (the loop goes on after a failure). The handle is kept.
+    int Save(CZmfFile* file, CGlobalIdMaps* maps, int newIdentity, int keepIdentity);
+    // Objects the last Save left out.
+    int GetCleanedObjCount() const { return m_nCleanedObjCount; }
+
+    CKelUniqueObject* GetRow(ULONG id) const {
+        CKelUniqueObject* row = nullptr;
+        m_byId.Lookup(id, row);
+        return row;
+    }
+    // The id filed under `guid`; 0 when there is none or no GUID map.
+    ULONG GetIdByGuid(const GUID& guid) const {
+        ULONG id = 0;
+        if (m_pByGuid) m_pByGuid->Lookup(guid, id);
+        return id;
+    }
+
+    // Takes `row` into the list and the maps. Returns its id.
+    ULONG Add(std::unique_ptr<CKelUniqueObject> row);
+    // Removes the row mapped under `id` from the maps and the list and destroys it.
+    // 0 when there is none.
+    int Delete(ULONG id);
+    // Gives the row a new object GUID and files it under it.
+    void SetObjectGuid(CKelUniqueObject& row, const GUID& guid);
+
+    int GetCount() const { return GetRowCount(); }
+    CKelUniqueObject* GetNextRow(POSITION& position) const {
+        return static_cast<CKelUniqueObject*>(CEnhTableBase::GetNextRow(position));
+    }
+
+    // The row the last walk step returned (CGuidMgr::GetNextUniqueObject); null at
+    // first and after that row is deleted.
+    CKelUniqueObject* GetCurrentRow() const { return m_pCurrent; }
+    void SetCurrentRow(CKelUniqueObject* row) { m_pCurrent = row; }
+
+    bool HasGuidMap() const { return m_pByGuid != nullptr; }
+    const IdMap& GetIdMap() const { return m_byId; }
+    const GuidMap* GetGuidMap() const { return m_pByGuid.get(); }
+
+  private:
+    // Takes a row into the list and the id map (not the GUID map).
+    CKelUniqueObject* EnterRow(std::unique_ptr<CKelUniqueObject> row);
+    // Files a row in the GUID map unless its GUID is taken.
+    void FileByGuid(CKelUniqueObject* row);
+    // Whether Save leaves `row` out as an object the host no longer refers to.
+    bool IsCleaned(const CKelUniqueObject& row, const CGlobalIdMaps* maps) const;
+    // A new object GUID for a row being saved, copied to its domain when it owns one.
+    void RenewObjectGuid(CKelUniqueObject& row);
+
+    IdMap m_byId{10};
+    std::unique_ptr<GuidMap> m_pByGuid;  // null unless the owner keeps one
+    CKelUniqueObject* m_pCurrent = nullptr;
+    CGuidMgr* m_pOwner;  // not owned
+    DWORD m_nFileVersion = kDefaultFileVersion;
+    int m_nCleanedObjCount = 0;
+};

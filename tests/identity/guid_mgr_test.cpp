@@ -1,0 +1,417 @@
+// The identity manager: loading by file version, map sizing, saving with its
+// repairs, round trips through .zmf files, object creation and deletion, lookups.
+#include "identity/guid_mgr.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+#include "identity/guid_text.h"
+#include "identity_test_util.h"
+#include "support/test_support.h"
+
+using namespace tessmeta::test;
+
+namespace {
+
+const int kEntity = StandardTypeId("Entity");  // a diagram type
+const int kDomain = StandardTypeId("Domain");  // a dictionary type
+const int kDataDictionary = StandardTypeId("Data Dictionary");
+
+// Ten objects of every kind of value: ids 1..10, GUIDs from GuidTextFor.
+std::vector<CUniqueObjectBase> TenObjects() {
+    std::vector<CUniqueObjectBase> rows;
+    for (ULONG id = 1; id <= 10; ++id) {
+        auto row = StoredObject(id, id % 2 ? kEntity : kDomain, 0x102 + id, GuidTextFor(id).c_str(),
+                                GuidTextFor(id + 100).c_str());
+        row.Model_ID = id * 3;
+        row.Object_Domain_ID = id % 3;
+        row.Plex_ID_1 = -static_cast<LONG>(id);
+        row.Plex_ID_2 = static_cast<LONG>(id) << 20;
+        row.Modification_Date = COleDateTime(44000.25 + id);
+        row.Creation_Time = 1600000000u + id;
+        row.Reserved = 0xFFFFFFF0u + id;
+        rows.push_back(row);
+    }
+    rows[3].Modification_Date = COleDateTime();  // 1899-12-30 00:00: set to now at save
+    return rows;
+}
+
+std::unique_ptr<CGuidMgr> Load(CZmfFile& file, ULONG version = 530, int keepGuidMap = 1,
+                               unsigned int hashSize = 0) {
+    auto mgr = std::make_unique<CGuidMgr>(&file, keepGuidMap);
+    EXPECT_EQ(mgr->Init(hashSize, version), 1);
+    return mgr;
+}
+
+std::unique_ptr<CZmfFile> ModelWith(const std::vector<CUniqueObjectBase>& objects) {
+    auto file = CZmfFile::OpenMemory();
+    StoreDefinitions(*file, StandardDefinitions());
+    StoreObjects(*file, objects);
+    return file;
+}
+
+CString Guid(CGuidMgr& mgr, unsigned id) {
+    CString text;
+    mgr.GetObjectGUID(id, text);
+    return text;
+}
+
+TEST(GuidMgr, MapSizingAtLoad) {
+    std::vector<CUniqueObjectBase> twenty;
+    for (ULONG id = 1; id <= 20; ++id)
+        twenty.push_back(StoredObject(id, kEntity, 1, GuidTextFor(id).c_str()));
+    auto file = ModelWith(std::vector<CUniqueObjectBase>(twenty.begin(), twenty.begin() + 10));
+    auto sizes = [](CGuidMgr& mgr) {
+        const auto* table = mgr.GetUniqueObjectTable();
+        const UINT guid = table->HasGuidMap() ? table->GetGuidMap()->GetHashTableSize() : 0;
+        return std::make_pair(table->GetIdMap().GetHashTableSize(), guid);
+    };
+    EXPECT_EQ(sizes(*Load(*file)), std::make_pair(17u, 17u));         // 10 * 1.7 = 17, odd
+    EXPECT_EQ(sizes(*Load(*file, 530, 0)), std::make_pair(10u, 0u));  // the row count
+    EXPECT_EQ(sizes(*Load(*file, 530, 1, 7)), std::make_pair(7u, 7u));
+    StoreObjects(*file, twenty);
+    EXPECT_EQ(sizes(*Load(*file)), std::make_pair(35u, 35u));  // 34 made odd
+    StoreObjects(*file, {});
+    EXPECT_EQ(sizes(*Load(*file)), std::make_pair(1u, 1u));  // 0 made odd
+    EXPECT_EQ(sizes(*Load(*file, 530, 0)), std::make_pair(1u, 0u));
+
+    // Without a GUID map nothing is found by GUID.
+    StoreObjects(*file, twenty);
+    auto noMap = Load(*file, 530, 0);
+    EXPECT_EQ(noMap->GetUniqueObjectID(GuidTextFor(3).c_str()), 0u);
+    EXPECT_EQ(Load(*file)->GetUniqueObjectID(GuidTextFor(3).c_str()), 3u);
+}
+
+TEST(GuidMgr, LoadByFileVersion) {
+    auto rows = TenObjects();
+    rows[0].Creation_Time = 0;
+    rows[0].Modification_Date = COleDateTime(2020, 1, 2, 3, 4, 5);
+    auto file = ModelWith(rows);
+    for (ULONG version : {499u, 500u, 501u, 510u, 530u}) {
+        SCOPED_TRACE(version);
+        auto mgr = Load(*file, version);
+        ASSERT_EQ(mgr->GetUniqueObjCount(), 10);
+        EXPECT_FALSE(mgr->IsNilGUIDStored());
+        if (version < 500) {
+            // No GUIDs stored then: fresh ones, status New, creation time from the
+            // modification date (local time, UTC here) where there was none.
+            EXPECT_EQ(mgr->GetRepoStatus(7), 1u);
+            EXPECT_NE(Guid(*mgr, 1), GuidTextFor(1).c_str());
+            EXPECT_EQ(Guid(*mgr, 1).GetLength(), 32);
+            EXPECT_EQ(mgr->GetUniqueObjectID(Guid(*mgr, 1)), 1u);
+            EXPECT_EQ(mgr->GetUniqueObjectID(GuidTextFor(1).c_str()), 0u);
+            EXPECT_EQ(mgr->GetUniqueObjectTable()->GetRow(1)->Creation_Time, 1577934245u);
+        } else {
+            EXPECT_EQ(mgr->GetRepoStatus(7), 0x109u);
+            EXPECT_EQ(Guid(*mgr, 1), GuidTextFor(1).c_str());
+            EXPECT_EQ(mgr->GetUniqueObjectTable()->GetRow(1)->Creation_Time, 0u);
+        }
+        EXPECT_EQ(mgr->GetUniqueObjectTable()->GetRow(2)->Creation_Time, 1600000002u);
+        // The next id goes past every id loaded.
+        EXPECT_EQ(mgr->GetNewUniqueId(kEntity, 0, 0, 0), 11);
+    }
+
+    // Empty and malformed GUID texts load as nil and flag the model for repair.
+    rows[1].Object_GUID = "";
+    rows[2].Version_GUID = "not a guid";
+    StoreObjects(*file, rows);
+    auto mgr = Load(*file);
+    EXPECT_TRUE(mgr->IsNilGUIDStored());
+    EXPECT_EQ(Guid(*mgr, 2), "");
+    CString version("x");
+    mgr->GetVersionGUID(3, version);
+    EXPECT_EQ(version, "");
+    EXPECT_EQ(mgr->GetUniqueObjectID(""), 0u);  // empty text is no GUID
+}
+
+// Load, save into a real .zmf, reopen: every column of all three tables as stored.
+TEST(GuidMgr, RoundTripThroughAModelFile) {
+    TempDir dir;
+    const std::string path = dir.File("model.zmf");
+    const auto rows = TenObjects();
+    const std::vector<CObject_DomainBase> domains = {
+        StoredDomain(4, "Main", "DIAGRAM", GuidTextFor(40).c_str()),
+        StoredDomain(2, "Dictionary", "DATA DICTIONARY", "")};
+    {
+        auto file = CZmfFile::Create(path);
+        StoreDefinitions(*file, {{30, "Entity"}, {12, "Domain"}, {31, "Attribute"}});
+        StoreObjects(*file, rows);
+        Store(*file, "Object_Domain", domains);
+    }
+    const std::time_t before = std::time(nullptr);
+    for (int pass = 0; pass < 2; ++pass) {
+        auto file = CZmfFile::Open(path);
+        ASSERT_NE(file, nullptr);
+        auto mgr = Load(*file);
+        ASSERT_EQ(mgr->Save(file.get(), nullptr, 0, 0), 1);
+        mgr->ReleaseStorageTables(0);
+        ASSERT_TRUE(file->Commit());
+    }
+    auto file = CZmfFile::Open(path);
+    const auto saved = ReadObjects(*file);
+    ASSERT_EQ(saved.size(), rows.size());
+    for (size_t i = 0; i < rows.size(); ++i) {
+        SCOPED_TRACE(i);
+        const auto &a = rows[i], &b = saved[i];
+        EXPECT_EQ(b.Unique_Object_ID, a.Unique_Object_ID);
+        EXPECT_EQ(b.Object_Type_ID, a.Object_Type_ID);
+        EXPECT_EQ(b.Model_ID, a.Model_ID);
+        EXPECT_EQ(b.Object_Domain_ID, a.Object_Domain_ID);
+        EXPECT_EQ(b.Plex_ID_1, a.Plex_ID_1);
+        EXPECT_EQ(b.Plex_ID_2, a.Plex_ID_2);
+        EXPECT_EQ(b.Creation_Time, a.Creation_Time);
+        EXPECT_EQ(b.Repository_Status, a.Repository_Status);
+        EXPECT_EQ(b.Reserved, a.Reserved);
+        EXPECT_STREQ(b.Object_GUID, a.Object_GUID);
+        EXPECT_STREQ(b.Version_GUID, a.Version_GUID);
+        if (i == 3) {  // a zero date became the time of the first save
+            const DATE now = COleDateTime(before).m_dt;
+            EXPECT_NEAR(b.Modification_Date.GetValue().m_dt, now, 10.0 / 86400);
+        } else {
+            EXPECT_TRUE(b.Modification_Date == a.Modification_Date);
+        }
+    }
+    const auto defs = ReadAll<CObjectDefinitionBase>(*file, "ObjectDefinition");
+    ASSERT_EQ(defs.size(), 3u);
+    EXPECT_EQ(defs[1].Object_Type_ID, 12u);
+    EXPECT_STREQ(defs[2].Name, "Attribute");
+    const auto savedDomains = ReadAll<CObject_DomainBase>(*file, "Object_Domain");
+    ASSERT_EQ(savedDomains.size(), 2u);
+    for (size_t i = 0; i < 2; ++i) {
+        EXPECT_EQ(savedDomains[i].Object_Domain_ID, domains[i].Object_Domain_ID);
+        EXPECT_STREQ(savedDomains[i].Name, domains[i].Name);
+        EXPECT_STREQ(savedDomains[i].Domain_Type, domains[i].Domain_Type);
+        EXPECT_STREQ(savedDomains[i].GUID, domains[i].GUID);
+    }
+}
+
+TEST(GuidMgr, SaveRepairsNilGuidsOnceAndRenewsIdentities) {
+    auto rows = TenObjects();
+    rows[0].Object_GUID = "";
+    rows[1].Version_GUID = "";
+    rows[2].Object_GUID = "0123456789ABCDEF0123456789ABCDEF";  // upper case loads too
+    rows[5].Object_Type_ID = kDataDictionary;
+    rows[5].Object_Domain_ID = 2;
+    rows[5].Repository_Status = 0x11A;
+    auto file = ModelWith(rows);
+    Store(*file, "Object_Domain", std::vector{StoredDomain(2, "Dict", "DATA DICTIONARY", "old")});
+    auto mgr = Load(*file);
+    ASSERT_TRUE(mgr->IsNilGUIDStored());
+
+    ASSERT_EQ(mgr->Save(file.get(), nullptr, 0, 0), 1);
+    EXPECT_FALSE(mgr->IsNilGUIDStored());
+    auto saved = ReadObjects(*file);
+    EXPECT_EQ(saved[0].Object_GUID.GetLength(), 32);
+    EXPECT_EQ(mgr->GetUniqueObjectID(saved[0].Object_GUID.GetValue()), 1u);
+    EXPECT_EQ(saved[1].Version_GUID.GetLength(), 32);
+    EXPECT_STREQ(saved[1].Object_GUID, rows[1].Object_GUID);
+    EXPECT_STREQ(saved[2].Object_GUID, "0123456789abcdef0123456789abcdef");
+    EXPECT_STREQ(saved[5].Object_GUID, rows[5].Object_GUID);
+    EXPECT_EQ(mgr->GetObjectDomainGUID(2), "old");
+
+    // New identities: every object New without side bits and a new object GUID;
+    // version GUIDs stay; a domain root hands its new GUID to its domain.
+    ASSERT_EQ(mgr->Save(file.get(), nullptr, 1, 0), 1);
+    const auto renewed = ReadObjects(*file);
+    for (size_t i = 0; i < renewed.size(); ++i) {
+        EXPECT_STRNE(renewed[i].Object_GUID, saved[i].Object_GUID);
+        EXPECT_STREQ(renewed[i].Version_GUID, saved[i].Version_GUID);
+        EXPECT_EQ(renewed[i].Repository_Status & 0x1F, 1u);
+        EXPECT_EQ(mgr->GetUniqueObjectID(renewed[i].Object_GUID.GetValue()), i + 1);
+    }
+    EXPECT_EQ(renewed[5].Repository_Status, 1u);  // 0x11A: 0x100 and side bits gone
+    EXPECT_EQ(mgr->GetObjectDomainGUID(2), renewed[5].Object_GUID.GetValue());
+    EXPECT_EQ(mgr->GetUniqueObjectID(saved[0].Object_GUID.GetValue()), 0u);
+
+    // keepIdentity wins over newIdentity.
+    ASSERT_EQ(mgr->Save(file.get(), nullptr, 1, 1), 1);
+    EXPECT_STREQ(ReadObjects(*file)[7].Object_GUID, renewed[7].Object_GUID);
+}
+
+// Files up to 510 with global id maps: shared objects of the maps' types are
+// checked with the repository, and every object is kept.
+TEST(GuidMgr, SaveAsksTheRepositoryAboutSharedObjectsAndKeepsThemAll) {
+    auto rows = TenObjects();
+    rows[1].Model_ID = 0;  // id 2, type Domain: a candidate
+    rows[3].Model_ID = 0;  // id 4, type Domain: a candidate
+    rows[0].Model_ID = 0;  // id 1, type Entity: not one of the maps' types
+    auto file = ModelWith(rows);
+    CGlobalIdMaps maps;
+    maps.SetDomainObjectTypeId(kDomain);
+    for (ULONG version : {499u, 500u, 501u, 510u, 530u}) {
+        SCOPED_TRACE(version);
+        auto mgr = Load(*file, version);
+        CRepositoryStandIn repo;
+        repo.modified = {2};
+        mgr->SetRepoTableMgr(&repo);
+        ASSERT_EQ(mgr->Save(file.get(), &maps, 0, 0), 1);
+        EXPECT_EQ(mgr->GetUniqueObjectTable()->GetCleanedObjCount(), 0);
+        EXPECT_EQ(ReadObjects(*file).size(), 10u);
+        const std::vector<std::string> asked =
+            version <= 510 ? std::vector<std::string>{"Modified?(2)", "Modified?(4)", "Deleted?(4)"}
+                           : std::vector<std::string>{};
+        EXPECT_EQ(repo.log, asked);
+        repo.log.clear();
+        ASSERT_EQ(mgr->Save(file.get(), nullptr, 0, 0), 1);  // no maps, no questions
+        EXPECT_TRUE(repo.log.empty());
+    }
+}
+
+TEST(GuidMgr, SaveFailuresAndStorageTables) {
+    auto file = ModelWith(TenObjects());
+    auto mgr = Load(*file);
+    EXPECT_EQ(static_cast<CTableBase*>(*mgr->GetUniqueObjectTable()), nullptr);  // released
+    file->GetTable("UniqueObject")->FailInsertCalls({3});
+    EXPECT_EQ(mgr->Save(file.get(), nullptr, 0, 0), 0);
+    EXPECT_EQ(ReadObjects(*file).size(), 9u);  // the loop went on after the failure
+    EXPECT_NE(static_cast<CTableBase*>(*mgr->GetUniqueObjectTable()), nullptr);
+    EXPECT_NE(static_cast<CTableBase*>(*mgr->GetObjectDefinitionTable()), nullptr);
+    mgr->ReleaseStorageTables(0);
+    EXPECT_EQ(static_cast<CTableBase*>(*mgr->GetUniqueObjectTable()), nullptr);
+    EXPECT_EQ(static_cast<CTableBase*>(*mgr->GetObjectDefinitionTable()), nullptr);
+    EXPECT_EQ(mgr->Save(file.get(), nullptr, 0, 0), 1);
+}
+
+TEST(GuidMgr, NewObjects) {
+    auto file = ModelWith(TenObjects());
+    Store(*file, "Object_Domain", std::vector{StoredDomain(6, "Model", "DIAGRAM")});
+    auto mgr = Load(*file);
+    const std::time_t before = std::time(nullptr);
+    const int a = mgr->GetNewUniqueId(kEntity, 5, 6, 7);
+    const int b = mgr->GetNewUniqueId(CString("Domain"), 8, 0, 0);
+    const int c = mgr->GetNewUniqueId(CString("No Such Type"), 0, 0, 0);
+    EXPECT_EQ((std::vector<int>{a, b, c}), (std::vector<int>{11, 12, 13}));
+    EXPECT_EQ(mgr->GetUniqueObjCount(), 13);
+    const auto* rowA = mgr->GetUniqueObjectTable()->GetRow(11);
+    EXPECT_GE(rowA->Creation_Time, static_cast<DWORD>(before));
+    EXPECT_EQ(mgr->GetUniqueObjectTable()->GetRow(12)->Creation_Time, 0u);  // name form
+    EXPECT_EQ(mgr->GetRepoStatus(11), 1u);
+    EXPECT_EQ(mgr->GetUniqueObjectObjectDomainID(11), 6u);  // a diagram type
+    EXPECT_EQ(mgr->GetUniqueObjectObjectDomainID(12), 0u);
+    EXPECT_EQ(mgr->GetObjectTypeId(13u), 0);
+    LONG type, model, plex1, plex2;
+    EXPECT_TRUE(mgr->GetObjectTypeAndModelIds(11, type, model, plex1, plex2));
+    EXPECT_EQ((std::vector<LONG>{type, model, plex1, plex2}),
+              (std::vector<LONG>{kEntity, 5, 6, 7}));
+    CString g1, v1, g2, v2;
+    mgr->GetGUIDs(11, g1, v1);
+    mgr->GetGUIDs(12, g2, v2);
+    EXPECT_EQ(g1.GetLength(), 32);
+    EXPECT_NE(g1, v1);
+    EXPECT_NE(g1, g2);
+    EXPECT_EQ(mgr->GetUniqueObjectID(g2), 12u);
+}
+
+TEST(GuidMgr, DeleteObjectFollowsTheNewRuleAndCleansTheRepository) {
+    auto rows = TenObjects();
+    rows[0].Repository_Status = 0x101;  // New
+    auto file = ModelWith(rows);
+    auto mgr = Load(*file);
+    CRepositoryStandIn repo;
+    mgr->SetRepoTableMgr(&repo);
+    mgr->SetEnhDelayedCheckOutTable(&repo);
+
+    EXPECT_EQ(mgr->DeleteObject(2, 0), 1);  // not New: only its links go
+    EXPECT_TRUE(mgr->IsUniqueObjectIdValid(2));
+    EXPECT_EQ(mgr->DeleteObject(1, 0), 1);  // New: deleted outright
+    EXPECT_FALSE(mgr->IsUniqueObjectIdValid(1));
+    EXPECT_EQ(mgr->GetUniqueObjectID(GuidTextFor(1).c_str()), 0u);
+    EXPECT_EQ(mgr->DeleteObject(10, 1), 1);
+    EXPECT_EQ(mgr->DeleteObject(99, 1), 0);
+    EXPECT_EQ(repo.log, (std::vector<std::string>{"Link(2,0)", "Link(1,1)", "Mod(1)", "Checkout(1)",
+                                                  "Link(10,1)", "Mod(10)", "Checkout(10)",
+                                                  "Link(99,1)", "Mod(99)", "Checkout(99)"}));
+    EXPECT_EQ(mgr->GetNewUniqueId(kEntity, 0, 0, 0), 11);  // ids are never reused
+
+    // Marked objects go in list order; a deletion that deletes another marked
+    // object through the repository does not upset the walk.
+    repo.log.clear();
+    repo.onLinkDelete = [&](ULONG id) {
+        if (id == 4) mgr->DeleteObject(6, 1);
+    };
+    for (ULONG id : {6u, 4u, 8u, 0u, 77u})
+        mgr->MarkForRemoval(id, 1);
+    mgr->MarkForRemoval(8, 0);
+    mgr->RemoveMarkedObjects();
+    EXPECT_EQ(repo.log,
+              (std::vector<std::string>{"Link(4,1)", "Link(6,1)", "Mod(6)", "Checkout(6)", "Mod(4)",
+                                        "Checkout(4)", "Link(6,1)", "Mod(6)", "Checkout(6)"}));
+    EXPECT_EQ(mgr->GetUniqueObjCount(), 7);
+    EXPECT_TRUE(mgr->IsUniqueObjectIdValid(8));
+
+    // Without hooks the manager works alone.
+    mgr->SetRepoTableMgr(nullptr);
+    mgr->SetEnhDelayedCheckOutTable(nullptr);
+    repo.log.clear();
+    EXPECT_EQ(mgr->DeleteObject(3, 1), 1);
+    EXPECT_TRUE(repo.log.empty());
+}
+
+TEST(GuidMgr, LookupsUpdatesAndIteration) {
+    auto file = ModelWith(TenObjects());
+    auto mgr = Load(*file);
+
+    // Unknown ids find nothing and leave outputs alone (but zero the four ids).
+    CString text("keep"), other("keep");
+    EXPECT_FALSE(mgr->GetObjectGUID(99, text));
+    EXPECT_FALSE(mgr->GetGUIDs(0, text, other));
+    EXPECT_FALSE(mgr->GetObjectType(99, text));
+    EXPECT_EQ(text, "keep");
+    LONG type = 5, model = 5, plex1 = 5, plex2 = 5;
+    EXPECT_FALSE(mgr->GetObjectTypeAndModelIds(99, type, model, plex1, plex2));
+    EXPECT_EQ(type | model | plex1 | plex2, 0);
+    EXPECT_FALSE(mgr->UpdateUniqueObjectPlexIds(99, 1, 1));
+    EXPECT_FALSE(mgr->UpdateGUIDs(99, CString(GuidTextFor(5).c_str())));
+    EXPECT_EQ(mgr->GetObjectTypeId(99u), 0);
+
+    EXPECT_TRUE(mgr->VerifyObjectType(kDomain, 2));
+    EXPECT_FALSE(mgr->VerifyObjectType(kEntity, 2));
+    EXPECT_TRUE(mgr->GetObjectType(2, text));
+    EXPECT_EQ(text, "Domain");
+    EXPECT_TRUE(mgr->SetObjectTypeId(2, kEntity));
+    EXPECT_TRUE(mgr->VerifyObjectType(kEntity, 2));
+    EXPECT_TRUE(mgr->UpdateUniqueObjectPlexIds(3, 31, 32));
+    EXPECT_TRUE(mgr->SetInterModelId(3, 33));
+    EXPECT_TRUE(mgr->UpdateUniqueObjModelID(3, 34));
+    mgr->GetObjectTypeAndModelIds(3, type, model, plex1, plex2);
+    EXPECT_EQ((std::vector<LONG>{model, plex1, plex2}), (std::vector<LONG>{34, 33, 32}));
+
+    // GUIDs by text in either form and case; the object is re-filed.
+    const CString dashed("AAAAAAAA-BBBB-4CCC-8DDD-EEEEEEEEEEEE");
+    EXPECT_TRUE(mgr->UpdateGUIDs(4, dashed, CString("bad")));
+    EXPECT_EQ(Guid(*mgr, 4), "aaaaaaaabbbb4ccc8dddeeeeeeeeeeee");
+    mgr->GetVersionGUID(4, text);
+    EXPECT_EQ(text, GuidTextFor(104).c_str());  // malformed text left it
+    EXPECT_EQ(mgr->GetUniqueObjectID(GuidTextFor(4).c_str()), 0u);
+    EXPECT_EQ(mgr->GetUniqueObjectID(dashed), 4u);
+    EXPECT_EQ(mgr->GetUniqueObjectID(CString("aaaaaaaabbbb4ccc8dddeeeeeeeeeeee")), 4u);
+    EXPECT_EQ(mgr->GetUniqueObjectID(CString("aaaaaaaabbbb4ccc8dddeeeeeeeeeee")), 0u);
+    EXPECT_TRUE(mgr->UpdateGUIDs(4, CString(""), CString(GuidTextFor(7).c_str())));
+    EXPECT_EQ(mgr->GetUniqueObjectID(dashed), 4u);  // empty text kept the GUID
+    EXPECT_TRUE(mgr->UpdateGUIDs(4, CString(GuidTextFor(9).c_str())));
+    mgr->GetVersionGUID(4, text);
+    EXPECT_EQ(text, GuidTextFor(9).c_str());
+    // Taking another object's GUID makes this one answer for it.
+    EXPECT_TRUE(mgr->UpdateGUIDs(5, CString(GuidTextFor(6).c_str()), CString("")));
+    EXPECT_EQ(mgr->GetUniqueObjectID(GuidTextFor(6).c_str()), 5u);
+
+    // The walk, the current object, and a current object that is deleted.
+    std::vector<ULONG> ids;
+    POSITION pos = mgr->GetUniqueObjectStartPosition();
+    for (int i = 0; i < 2; ++i)
+        ids.push_back(mgr->GetNextUniqueObject(pos));
+    mgr->FixCurrentUniqueObjectPlexIds(70, 71, 72);
+    mgr->GetObjectTypeAndModelIds(2, type, model, plex1, plex2);
+    EXPECT_EQ((std::vector<LONG>{model, plex1, plex2}), (std::vector<LONG>{70, 71, 72}));
+    while (pos)
+        ids.push_back(mgr->GetNextUniqueObject(pos));
+    EXPECT_EQ(ids, (std::vector<ULONG>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
+    mgr->DeleteObject(10, 1);
+    mgr->FixCurrentUniqueObjectPlexIds(1, 1, 1);  // no current object any more
+    EXPECT_EQ(mgr->GetUniqueObjCount(), 9);
+    mgr->GetObjectTypeAndModelIds(9, type, model, plex1, plex2);
+    EXPECT_EQ(model, 27);
+}
+
+}  // namespace

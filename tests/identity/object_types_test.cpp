@@ -1,0 +1,168 @@
+// Object types learnt by name, their classification, and the object domains.
+#include <gtest/gtest.h>
+
+#include "identity/guid_mgr.h"
+#include "identity_test_util.h"
+
+using namespace tessmeta::test;
+
+namespace {
+
+std::unique_ptr<CGuidMgr> Load(CZmfFile& file) {
+    auto mgr = std::make_unique<CGuidMgr>(&file, 1);
+    mgr->Init(0, 530);
+    return mgr;
+}
+
+TEST(ObjectTypes, EveryGetterAnswersTheIdOfItsName) {
+    auto file = CZmfFile::OpenMemory();
+    auto defs = StandardDefinitions();
+    defs.emplace_back(900, "Path Node");
+    StoreDefinitions(*file, defs);
+    auto mgr = Load(*file);
+    const std::vector<int> got = {
+#define TESS_OBJECT_TYPE(getter, name, sets) mgr->getter(),
+#include "identity/object_types.def"
+#undef TESS_OBJECT_TYPE
+    };
+    for (size_t i = 0; i < got.size(); ++i)
+        EXPECT_EQ(got[i], StandardTypeId(tessmeta::kObjectTypes[i].name)) << i;
+    EXPECT_EQ(mgr->GetPathNodeObjectTypeId(), 0);
+    // A few names checked by hand, against typos in the list.
+    EXPECT_EQ(mgr->GetRuleBaseObjectTypeId(), StandardTypeId("Rule"));
+    EXPECT_EQ(mgr->GetPCPairObjectTypeId(), StandardTypeId("ParentChildPair"));
+    EXPECT_EQ(mgr->GetDictionaryObjectLinkTypeId(), StandardTypeId("Dictionary Object Link"));
+    EXPECT_EQ(mgr->GetTreeLayoutObjectTypeId(), StandardTypeId("Tree Layout"));
+
+    CString name;
+    EXPECT_EQ(mgr->GetObjectTypeString(mgr->GetViewFieldObjectTypeId(), name), 1);
+    EXPECT_EQ(name, "View Field");
+    EXPECT_EQ(mgr->GetObjectTypeString(5000, name), 0);
+    EXPECT_EQ(name, "View Field");
+    EXPECT_EQ(mgr->GetObjectTypeId(CString("Path Node")), 900);
+    EXPECT_EQ(mgr->GetObjectTypeId(CString("entity")), 0);  // case-sensitive
+}
+
+TEST(ObjectTypes, ClassificationSets) {
+    auto file = CZmfFile::OpenMemory();
+    StoreDefinitions(*file, StandardDefinitions());
+    auto mgr = Load(*file);
+    int counts[5] = {};
+    for (size_t i = 0; i < tessmeta::kObjectTypeCount; ++i) {
+        const int id = StandardTypeId(tessmeta::kObjectTypes[i].name);
+        counts[0] += mgr->IsObjectDomainRootObject(id);
+        counts[1] += mgr->IsDiagramObject(id);
+        counts[2] += mgr->IsOriginalDataDictionaryObject(id);
+        counts[3] += mgr->IsProgrammableDataDictionaryObject(id);
+        counts[4] += mgr->IsInternalObject(id);
+        EXPECT_NE(mgr->IsDataDictionaryObject(id), mgr->IsDiagObject(id));
+    }
+    EXPECT_EQ((std::vector<int>(counts, counts + 5)), (std::vector<int>{2, 57, 9, 3, 2}));
+
+    const int diagram = mgr->GetDiagramObjectTypeId();
+    EXPECT_TRUE(mgr->IsObjectDomainRootObject(diagram));
+    EXPECT_FALSE(mgr->IsDiagramObject(diagram));
+    EXPECT_FALSE(mgr->IsDiagramObject(mgr->GetDefaultConstraintObjectTypeId()));
+    EXPECT_TRUE(mgr->IsDiagObject(mgr->GetDefaultConstraintObjectTypeId()));
+    const int dictionaryObject = mgr->GetDictionaryObjectTypeId();
+    EXPECT_TRUE(mgr->IsInternalObject(dictionaryObject));
+    EXPECT_TRUE(mgr->IsDataDictionaryObject(dictionaryObject));
+    EXPECT_FALSE(mgr->IsDataDictionaryObject(mgr->GetBoundDictionaryObjObjectTypeId()));
+    EXPECT_TRUE(mgr->IsDataDictionaryObject(mgr->GetDataDictionaryObjectTypeId()));
+    EXPECT_TRUE(mgr->IsDataDictionaryObject(mgr->GetReusableProcObjectTypeId()));
+    EXPECT_TRUE(mgr->IsDiagObject(mgr->GetEntityObjectTypeId()));
+}
+
+// A model that lacks names, numbers types its own way, and repeats names and ids.
+TEST(ObjectTypes, SparseAndRepeatedDefinitions) {
+    auto file = CZmfFile::OpenMemory();
+    StoreDefinitions(*file, {{19, "Entity"},
+                             {8, "Attribute"},
+                             {8, "Dictionary Object"},
+                             {40, "Entity"},
+                             {41, "Data Dictionary"}});
+    auto mgr = Load(*file);
+    EXPECT_EQ(mgr->GetEntityObjectTypeId(), 19);  // the first "Entity"
+    EXPECT_EQ(mgr->GetAttributeObjectTypeId(), 8);
+    EXPECT_EQ(mgr->GetDictionaryObjectTypeId(), 8);  // two names, one id
+    EXPECT_TRUE(mgr->IsDiagramObject(8));
+    EXPECT_TRUE(mgr->IsInternalObject(8));
+    EXPECT_TRUE(mgr->IsDataDictionaryObject(8));
+    CString name;
+    EXPECT_EQ(mgr->GetObjectTypeString(8, name), 1);
+    EXPECT_EQ(name, "Attribute");  // the first row of the id
+    EXPECT_TRUE(mgr->IsDiagramObject(19));
+    EXPECT_FALSE(mgr->IsDiagramObject(40));
+    // Missing names are 0, and 0 classifies as nothing.
+    EXPECT_EQ(mgr->GetViewObjectTypeId(), 0);
+    EXPECT_FALSE(mgr->IsDiagramObject(0));
+    EXPECT_FALSE(mgr->IsDataDictionaryObject(0));
+    EXPECT_FALSE(mgr->IsObjectDomainRootObject(0));
+    EXPECT_TRUE(mgr->IsObjectDomainRootObject(41));
+    EXPECT_TRUE(mgr->IsDataDictionaryObject(41));
+    EXPECT_EQ(mgr->GetObjectDefinitionTable()->GetCount(), 5);
+
+    // Saved whole, in list order; a new meta-class gets a key above the loaded ones.
+    EXPECT_EQ(mgr->GetObjectDefinitionTable()->Insert(CString("Model"), 0), 42u);
+    ASSERT_EQ(mgr->Save(file.get(), nullptr, 0, 0), 1);
+    const auto saved = ReadAll<CObjectDefinitionBase>(*file, "ObjectDefinition");
+    std::vector<ULONG> ids;
+    for (const auto& row : saved)
+        ids.push_back(row.Object_Type_ID);
+    EXPECT_EQ(ids, (std::vector<ULONG>{19, 8, 8, 40, 41, 42}));
+    EXPECT_STREQ(saved[3].Name, "Entity");
+}
+
+TEST(ObjectDomains, ModelDomainCreationAndAccess) {
+    auto file = CZmfFile::OpenMemory();
+    StoreDefinitions(*file, StandardDefinitions());
+    StoreObjects(*file, {StoredObject(1, StandardTypeId("Entity"), 2),
+                         StoredObject(2, StandardTypeId("Domain"), 2),
+                         StoredObject(3, StandardTypeId("Attribute"), 2)});
+    Store(*file, "Object_Domain",
+          std::vector{StoredDomain(5, "lower", "Diagram"), StoredDomain(9, "first", "DIAGRAM"),
+                      StoredDomain(3, "second", "DIAGRAM"), StoredDomain(0, "unkeyed", "X")});
+    auto mgr = Load(*file);
+    auto* domains = mgr->GetEnhObjectDomainTable();
+    EXPECT_EQ(mgr->GetModelDomainId(), 9u);                 // the first "DIAGRAM", exactly spelt
+    EXPECT_EQ(domains->GetIdMap().GetHashTableSize(), 4u);  // the stored row count
+    EXPECT_EQ(domains->GetRow(10)->Name, CZmfString("unkeyed"));  // a key after 9
+    EXPECT_EQ(file->GetIdentityMgr()->GetKeyValue(CEnhObjectDomainTable::kKeyKind), 10u);
+
+    // Creating domains: a new key, or the one given (declared to the allocator).
+    EXPECT_EQ(mgr->CreateObjectDomain(2, "Dict", "DATA DICTIONARY", "g1", 0), 11u);
+    EXPECT_EQ(mgr->GetUniqueObjectObjectDomainID(2), 11u);
+    EXPECT_EQ(mgr->CreateObjectDomain(99, "Given", "X", "g2", 20), 20u);
+    EXPECT_EQ(mgr->CreateObjectDomain(1, "After", "DIAGRAM", "g3", 0), 21u);
+    EXPECT_EQ(mgr->GetModelDomainId(), 9u);
+    EXPECT_EQ(mgr->GetObjectDomainName(20), "Given");
+    EXPECT_EQ(mgr->GetObjectDomainGUID(11), "g1");
+    mgr->SetObjectDomainName(11, "Renamed");
+    mgr->SetObjectDomainGUID(11, "g9");
+    EXPECT_EQ(mgr->GetObjectDomainName(11), "Renamed");
+    EXPECT_EQ(mgr->GetObjectDomainGUID(11), "g9");
+    mgr->SetObjectDomainName(77, "ignored");
+    EXPECT_EQ(mgr->GetObjectDomainName(77), "");
+    EXPECT_EQ(mgr->GetObjectDomainGUID(77), "");
+    EXPECT_EQ(mgr->GetUniqueObjectObjectDomainID(0), 0u);
+    EXPECT_EQ(mgr->GetUniqueObjectObjectDomainID(99), 0u);
+
+    // Diagram objects go to the model's domain; dictionary objects keep theirs.
+    mgr->AssignObjectDomain();
+    EXPECT_EQ(mgr->GetUniqueObjectObjectDomainID(1), 9u);
+    EXPECT_EQ(mgr->GetUniqueObjectObjectDomainID(3), 9u);
+    EXPECT_EQ(mgr->GetUniqueObjectObjectDomainID(2), 11u);
+    mgr->SetUniqueObjectObjectDomainID(3, 5);
+    EXPECT_EQ(mgr->GetUniqueObjectObjectDomainID(3), 5u);
+
+    ASSERT_EQ(mgr->Save(file.get(), nullptr, 0, 0), 1);
+    std::vector<std::string> saved;
+    for (const auto& row : ReadAll<CObject_DomainBase>(*file, "Object_Domain"))
+        saved.push_back(std::to_string(row.Object_Domain_ID) + ":" +
+                        row.Name.GetValue().GetString());
+    EXPECT_EQ(saved, (std::vector<std::string>{"5:lower", "9:first", "3:second", "10:unkeyed",
+                                               "11:Renamed", "20:Given", "21:After"}));
+    EXPECT_EQ(Load(*file)->GetModelDomainId(), 9u);
+}
+
+}  // namespace
