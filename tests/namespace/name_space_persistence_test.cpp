@@ -1,0 +1,250 @@
+// Saving and loading the name space: round trips through real .zmf files, the purge
+// rules, strings-only loads, giving the storage tables back, and a failed insert in
+// each table's save.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "name_space_fixtures.h"
+#include "support/test_support.h"
+
+using namespace tessmeta::test;
+
+namespace {
+
+const std::string kLong1(300, 'p'), kLong2(255, 'q');
+
+// Strings of every kind: ids 1 to 8 in this order.
+void Populate(CNameSpaceMgr& ns) {
+    const int name = ns.GetEntityNameUsageId(), def = ns.GetEntityDefinitionUsageId();
+    ns.AddString("Customer", 1, name);     // 1 used
+    ns.AddString(kLong1.c_str(), 1, def);  // 2 long, used
+    ns.AddConstString("tiny");             // 3 four bytes, unused
+    ns.AddConstString("fiveB");            // 4 five bytes, unused
+    ns.AddConstString("sixsix");           // 5 six bytes, unused
+    ns.AddConstString(kLong2.c_str());     // 6 long, unused
+    ns.AddString("Order", 2, name);        // 7 used
+    ns.AddString("CUSTOMER", 3, name);     // 8 case variant of 1, used
+}
+
+void SaveAndCommit(CNameSpaceMgr& ns, CZmfFile& file, int writeUsages, int purge) {
+    ns.Save(&file, writeUsages, purge);
+    ns.ReleaseStorageTables(0);
+    ASSERT_TRUE(file.Commit()) << file.GetLastError();
+}
+
+TEST(NameSpacePersistence, RoundTripThroughAFile) {
+    TempDir dir;
+    const std::string path = dir.File("model.zmf");
+    std::vector<std::pair<LONG, std::string>> strings;
+    {
+        auto file = CZmfFile::Create(path);
+        CNameSpaceMgr ns(file.get());
+        ns.Init(0, 0, 0, 1, 0);
+        Populate(ns);
+        ns.AddString("Order", 4, ns.GetTableNameUsageId());
+        ns.DeleteString(3, ns.GetEntityNameUsageId());  // the usage goes, the string stays
+        strings = AllStrings(ns);
+        SaveAndCommit(ns, *file, 1, 0);
+    }
+    auto file = CZmfFile::Open(path);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(ReadSmall(*file), (std::vector<SmallRow>{{1, "Customer", 0},
+                                                       {2, "", 1},
+                                                       {3, "tiny", 0},
+                                                       {4, "fiveB", 0},
+                                                       {5, "sixsix", 0},
+                                                       {6, "", 1},
+                                                       {7, "Order", 0},
+                                                       {8, "CUSTOMER", 0}}));
+    EXPECT_EQ(ReadLarge(*file), (std::vector<LargeRow>{{2, kLong1}, {6, kLong2}}));
+    EXPECT_EQ(ReadUsages(*file),
+              (std::vector<UsageRow>{{1, 1, 1, 1}, {2, 1, 3, 2}, {3, 2, 1, 7}, {5, 4, 2, 7}}));
+    const auto types = ReadUsageTypes(*file);
+    ASSERT_EQ(types.size(), 121u);
+    EXPECT_EQ(types.back(), TypeRow(121, "Default Constraint Name"));
+
+    CNameSpaceMgr ns(file.get());
+    ns.Init(0, 0, 0, 1, 0);
+    EXPECT_EQ(AllStrings(ns), strings);
+    EXPECT_EQ(ns.GetStringIdFromStringNoCase("customer"), 8u);
+    EXPECT_EQ(ns.GetStringIdFromObjectAndUsageTypeIds(1, ns.GetEntityDefinitionUsageId()), 2);
+    EXPECT_EQ(ObjectsUsing(ns, ns.GetTableNameUsageId(), 7), (std::vector<int>{4}));
+    // Counters continue past the loaded ids; maps are sized from the saved figures.
+    EXPECT_EQ(ns.AddString("fresh", 9, 1), 9);
+    EXPECT_NE(ns.GetStringUsageTable().GetRow(6), nullptr);
+    EXPECT_EQ(ns.GetStringTablePair().GetSmallTable().GetTextMap().GetHashTableSize(), 8u);
+    EXPECT_EQ(ns.GetStringTablePair().GetLargeTable().GetIdMap().GetHashTableSize(), 2u);
+    EXPECT_EQ(ns.GetStringUsageTable().GetObjectMap().GetHashTableSize(), 4u);
+    EXPECT_EQ(ns.GetStringUsageTypeTable().GetNameMap().GetHashTableSize(), 121u);
+}
+
+TEST(NameSpacePersistence, PurgeRules) {
+    TempDir dir;
+    auto file = CZmfFile::Create(dir.File("purge.zmf"));
+    CNameSpaceMgr ns(file.get());
+    ns.Init(0, 0, 0, 0, 0);
+    Populate(ns);
+    // Usages are not written, yet the ones in memory keep their strings.
+    SaveAndCommit(ns, *file, 0, 1);
+    EXPECT_EQ(ReadSmall(*file), (std::vector<SmallRow>{{1, "Customer", 0},
+                                                       {2, "", 1},
+                                                       {3, "tiny", 0},
+                                                       {4, "fiveB", 0},
+                                                       {7, "Order", 0},
+                                                       {8, "CUSTOMER", 0}}));
+    EXPECT_EQ(ReadLarge(*file), (std::vector<LargeRow>{{2, kLong1}}));
+    EXPECT_TRUE(ReadUsages(*file).empty());
+    // Purged strings are gone from memory too, and their ids are not handed out again.
+    EXPECT_EQ(TextOf(ns, 5), kInvalid);
+    EXPECT_EQ(TextOf(ns, 6), kInvalid);
+    EXPECT_EQ(ns.GetStringIdFromStringNoCase(kLong2.c_str()), 0u);
+    EXPECT_EQ(ns.AddConstString("sixsix"), 9);
+    // With the last long string purged, the empty text finds the earlier one.
+    EXPECT_EQ(ns.GetStringIdFromString(""), 2u);
+
+    // Once their usages are removed, the 6-byte and the long strings go as well.
+    ns.DeleteString(1, ns.GetEntityDefinitionUsageId());
+    ns.DeleteString(1, ns.GetEntityNameUsageId());
+    ns.DeleteString(3, ns.GetEntityNameUsageId());
+    SaveAndCommit(ns, *file, 1, 1);
+    EXPECT_EQ(ReadSmall(*file),
+              (std::vector<SmallRow>{{3, "tiny", 0}, {4, "fiveB", 0}, {7, "Order", 0}}));
+    EXPECT_TRUE(ReadLarge(*file).empty());
+    EXPECT_EQ(ReadUsages(*file), (std::vector<UsageRow>{{3, 2, 1, 7}}));
+    EXPECT_EQ(ns.GetStringIdFromString(""), 0u);
+    // Without purging every string is written, used or not.
+    ns.AddConstString("unused long enough");
+    SaveAndCommit(ns, *file, 1, 0);
+    EXPECT_EQ(ReadSmall(*file).size(), 4u);
+}
+
+// A purged row that was found under a key shared with an older row uncovers that
+// row, as a reload of the saved file would, whether or not the maps were filed yet.
+TEST(NameSpacePersistence, PurgeUncoversTheOlderCaseVariant) {
+    for (bool looked : {true, false}) {
+        SCOPED_TRACE(looked ? "maps filed" : "maps pending");
+        SLoaded m({{{1, "Data", 0}, {2, "DATA_X", 0}, {3, "data_x", 0}},
+                   {},
+                   {{1, 5, 1, 1}, {2, 5, 2, 2}},
+                   {}});
+        CNameSpaceMgr& ns = *m.ns;
+        if (looked) {
+            EXPECT_EQ(ns.GetStringIdFromStringNoCase("Data_X"), 3u);
+        }
+        ns.Save(m.file.get(), 1, 1);
+        EXPECT_EQ(ReadSmall(*m.file), (std::vector<SmallRow>{{1, "Data", 0}, {2, "DATA_X", 0}}));
+        EXPECT_EQ(ns.GetStringIdFromStringNoCase("Data_X"), 2u);
+        EXPECT_EQ(ns.GetStringIdFromString("data_x"), 0u);
+        EXPECT_EQ(ns.AddToStringTable("data_x"), 4);
+    }
+}
+
+TEST(NameSpacePersistence, StringsOnlyAndReleasingTables) {
+    const SStoredRows rows{
+        {{1, "kept", 0}, {2, "long enough", 0}}, {}, {{1, 10, 1, 2}}, {{1, "Entity Name"}}};
+    auto file = CZmfFile::OpenMemory();
+    StoreRows(*file, rows);
+    {
+        CNameSpaceMgr ns(file.get());
+        ns.Init(0, 0, 1, 0, 0);
+        EXPECT_EQ(ns.GetStringIdFromString("long enough"), 2u);
+        // The usage-type table is saved although it holds nothing in memory.
+        ns.Save(file.get(), 0, 0);
+        EXPECT_TRUE(ReadUsageTypes(*file).empty());
+        EXPECT_EQ(ReadSmall(*file).size(), 2u);
+        EXPECT_EQ(ReadUsages(*file).size(), 1u);  // not written, so untouched
+    }
+    StoreRows(*file, rows);
+    CNameSpaceMgr ns(file.get());
+    ns.Init(0, 0, 0, 0, 1);
+    auto held = [&](CEnhTableBase& table) { return *table.GetTablePtrAddr() != nullptr; };
+    // A deferred load that never completed keeps its record-store table.
+    EXPECT_FALSE(held(ns.GetStringTablePair().GetSmallTable()));
+    EXPECT_FALSE(held(ns.GetStringUsageTypeTable()));
+    ns.ReleaseStorageTables(0);
+    EXPECT_TRUE(held(ns.GetStringUsageTable()));
+    // A save completes the load before writing, and holds all four tables until
+    // they are released.
+    ns.Save(file.get(), 1, 1);
+    EXPECT_EQ(ns.IsStringUsageLoadComplete(), 1);
+    EXPECT_EQ(ReadUsages(*file).size(), 1u);
+    EXPECT_EQ(ReadSmall(*file).size(), 2u);  // "long enough" is used
+    EXPECT_TRUE(held(ns.GetStringTablePair().GetLargeTable()));
+    EXPECT_TRUE(held(ns.GetStringUsageTable()));
+    ns.ReleaseStorageTables(0);
+    EXPECT_FALSE(held(ns.GetStringTablePair().GetSmallTable()));
+    EXPECT_FALSE(held(ns.GetStringTablePair().GetLargeTable()));
+    EXPECT_FALSE(held(ns.GetStringUsageTable()));
+    EXPECT_FALSE(held(ns.GetStringUsageTypeTable()));
+}
+
+// "Flush to zmflib Failure at line: <a line number>\n"
+bool IsFlushFailure(const std::string& trace) {
+    const std::string prefix = "Flush to zmflib Failure at line: ";
+    return trace.size() > prefix.size() + 1 && trace.starts_with(prefix) && trace.back() == '\n' &&
+           trace[prefix.size()] != '0' &&
+           std::all_of(trace.begin() + static_cast<long>(prefix.size()), trace.end() - 1,
+                       [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// A failed insert ends the save of its own table only: traced, result 0, the rows
+// written before it stay; the other tables are saved in full, memory keeps all.
+TEST(NameSpacePersistence, FailedInsertInEachTableSave) {
+    const std::vector<std::pair<std::string, size_t>> tables{
+        {"SmallString", 8}, {"LargeString", 2}, {"StringUsage", 4}, {"StringUsageType", 121}};
+    for (const auto& [failing, rows] : tables) {
+        SCOPED_TRACE(failing);
+        auto file = CZmfFile::OpenMemory();
+        CNameSpaceMgr ns(file.get());
+        ns.Init(0, 0, 0, 0, 0);
+        Populate(ns);
+        file->GetTable(failing.c_str())->FailInsertCalls({2});
+        CapturedOutput output;
+        ns.Save(file.get(), 1, 0);
+        ASSERT_EQ(output.Traces().size(), 1u);
+        EXPECT_TRUE(IsFlushFailure(output.Traces()[0])) << output.Traces()[0];
+        const std::vector<size_t> counts{ReadSmall(*file).size(), ReadLarge(*file).size(),
+                                         ReadUsages(*file).size(), ReadUsageTypes(*file).size()};
+        for (size_t i = 0; i < tables.size(); ++i)
+            EXPECT_EQ(counts[i], tables[i].first == failing ? 1u : tables[i].second);
+        file->GetTable(failing.c_str())->FailInsertCalls({});
+        ns.Save(file.get(), 1, 0);
+        EXPECT_EQ(ReadSmall(*file).size() + ReadUsageTypes(*file).size(), 8u + 121u);
+    }
+
+    // The results of the table saves.
+    auto file = CZmfFile::OpenMemory();
+    CNameSpaceMgr ns(file.get());
+    ns.Init(0, 0, 0, 0, 0);
+    Populate(ns);
+    CapturedOutput output;
+    EXPECT_EQ(ns.GetStringTablePair().Save(file.get(), 0), 1);
+    file->GetTable("LargeString")->FailInsertCalls({1});
+    EXPECT_EQ(ns.GetStringTablePair().Save(file.get(), 0), 0);
+    file->GetTable("StringUsage")->FailInsertCalls({3});
+    EXPECT_EQ(ns.GetStringUsageTable().Save(file.get()), 0);
+    EXPECT_EQ(ReadUsages(*file).size(), 2u);
+    file->GetTable("StringUsageType")->FailInsertCalls({121});
+    EXPECT_EQ(ns.GetStringUsageTypeTable().Save(file.get()), 0);
+    EXPECT_EQ(ReadUsageTypes(*file).size(), 120u);
+    EXPECT_EQ(output.Traces().size(), 3u);
+
+    // Rows purged before a failed insert stay purged; rows after it stay in memory.
+    auto purgeFile = CZmfFile::OpenMemory();
+    CNameSpaceMgr purging(purgeFile.get());
+    purging.Init(0, 0, 0, 0, 0);
+    purging.AddConstString("unused text");   // 1: purged
+    purging.AddString("first", 1, 1);        // 2: written
+    purging.AddString("second", 2, 1);       // 3: its insert fails
+    purging.AddConstString("unused later");  // 4: not reached
+    purgeFile->GetTable("SmallString")->FailInsertCalls({2});
+    EXPECT_EQ(purging.GetStringTablePair().Save(purgeFile.get(), 1), 0);
+    EXPECT_EQ(TextOf(purging, 1), kInvalid);
+    EXPECT_EQ(TextOf(purging, 4), "unused later");
+    EXPECT_EQ(ReadSmall(*purgeFile), (std::vector<SmallRow>{{2, "first", 0}}));
+}
+
+}  // namespace
