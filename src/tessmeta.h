@@ -12,4 +12,8 @@
 #include "identity/guid_mgr.h"
 #include "identity/guid_text.h"
 #include "identity/repo_status.h"
+#include "model/model_check.h"
+#include "model/model_file.h"
+#include "model/model_generator.h"
+#include "namespace/name_space_mgr.h"
 #include "platform/cobject.h"

@@ -1,111 +1,77 @@
-// The tessmeta command: creates and inspects model files.
+// tessmeta: create, inspect, check, upgrade, purge and demonstrate model files.
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
-#include <string>
 
-#include "zmflib.h"
+#include "command.h"
 
-namespace {
-
-constexpr int kExitBadInput = 2;
-
-// Lists every catalogue table of a model file with its row count.
-int ListTables(CZmfFile& file) {
-    std::printf("%s: format version %u\n", file.GetPath().c_str(), file.GetFormatVersion());
-    std::printf("%-26s %6s %8s %10s\n", "table", "number", "key kind", "rows");
-    for (const SZmfTableDesc* desc : zmf::AllTables()) {
-        CTableBase* table = file.GetTable(desc->name);
-        const ULONG rows = table ? table->GetCount() : 0;
-        std::printf("%-26s %6d %8d %10u\n", desc->name, desc->tableNumber, desc->keyKind, rows);
-        file.ReleaseTable(&table, 0);
-    }
-    if (file.HasError()) {
-        std::fprintf(stderr, "%s\n", file.GetLastError().c_str());
-        return 1;
-    }
-    return 0;
-}
-
-// Writes a few object definitions and unique objects, saves, reopens and lists.
-int Demo(const std::string& path) {
-    std::string error;
-    auto file = CZmfFile::Create(path, CZmfFile::kCurrentFormatVersion, &error);
-    if (!file) {
-        std::fprintf(stderr, "%s\n", error.c_str());
-        return kExitBadInput;
-    }
-    const char* types[] = {"Diagram", "Model", "Entity", "Attribute", "Relationship"};
-    CTableBase* defs = file->GetEmptyTable("ObjectDefinition");
-    CTableBase* objects = file->GetEmptyTable("UniqueObject");
-    if (!defs || !objects) {
-        std::fprintf(stderr, "%s\n", file->GetLastError().c_str());
-        return 1;
-    }
-    LONG typeId = 0;
-    for (const char* name : types) {
-        CObjectDefinitionBase def(static_cast<ULONG>(++typeId));
-        def.Name = name;
-        defs->Insert(&def);
-    }
-    defs->SetSizeEstimate(typeId);
-    CIdentityMgr* keys = file->GetIdentityMgr();
-    for (int i = 0; i < 100; ++i) {
-        CUniqueObjectBase row(keys->AllocKeyValue(CUniqueObjectBase::Desc().keyKind));
-        row.Object_Type_ID = 1 + i % typeId;
-        row.Modification_Date = COleDateTime::GetCurrentTime();
-        row.Repository_Status = 1;
-        objects->Insert(&row);
-    }
-    objects->SetSizeEstimate(100);
-    if (!file->Commit()) {
-        std::fprintf(stderr, "%s\n", file->GetLastError().c_str());
-        return 1;
-    }
-    file.reset();
-
-    auto reopened = CZmfFile::Open(path, &error);
-    if (!reopened) {
-        std::fprintf(stderr, "%s\n", error.c_str());
-        return 1;
-    }
-    if (!reopened->Verify()) {
-        std::fprintf(stderr, "%s\n", reopened->GetLastError().c_str());
-        return 1;
-    }
-    return ListTables(*reopened);
-}
-
-int Tables(const std::string& path) {
-    std::string error;
-    auto file = CZmfFile::Open(path, &error);
-    if (!file) {
-        std::fprintf(stderr, "%s\n", error.c_str());
-        return kExitBadInput;
-    }
-    return ListTables(*file);
-}
-
-}  // namespace
+using namespace tessmeta::tool;
 
 int main(int argc, char** argv) {
-    CLI::App app{"tessmeta: create and inspect model files (.zmf)"};
+    CLI::App app{"tessmeta: create, inspect, check, upgrade and purge model files (.zmf)"};
     app.require_subcommand(1);
+    app.set_help_all_flag("--help-all", "Show the help of every subcommand");
 
-    std::string demoPath;
-    auto* demo = app.add_subcommand("demo", "Create a small model file, reopen it and list it");
-    demo->add_option("FILE", demoPath, "the .zmf file to create (must not exist)")->required();
+    std::string file, output, table, format = "text";
+    std::uint64_t objects = 0;
+    std::uint32_t seed = 1;
+    auto addFile = [&](CLI::App* cmd, const char* what) {
+        cmd->add_option("FILE", file, what)->required();
+    };
 
-    std::string tablesPath;
-    auto* tables = app.add_subcommand("tables", "List the tables of a model file");
-    tables->add_option("FILE", tablesPath, "an existing .zmf file")->required();
+    auto* cmdNew = app.add_subcommand("new", "Create a new, empty model file");
+    addFile(cmdNew, "the .zmf file to create (must not exist)");
+
+    auto* cmdInfo = app.add_subcommand(
+        "info", "Show format version, rows per table, objects per type, domains, usage types");
+    addFile(cmdInfo, "a model file");
+
+    auto* cmdDump = app.add_subcommand(
+        "dump", "Print the rows of a model file, strings resolved and GUIDs as text");
+    addFile(cmdDump, "a model file");
+    cmdDump->add_option("--table", table, "only this table (e.g. UniqueObject)");
+    cmdDump->add_option("--format", format, "text or json")->check(CLI::IsMember({"text", "json"}));
+
+    auto* cmdCheck = app.add_subcommand(
+        "check", "Check a model file's integrity; exit status 1 when anything is wrong");
+    addFile(cmdCheck, "a model file");
+
+    auto* cmdUpgrade = app.add_subcommand(
+        "upgrade", "Load a model file of an older format version and save it as 530");
+    addFile(cmdUpgrade, "a model file");
+    cmdUpgrade->add_option("-o,--output", output, "write the upgraded model here (must not exist)");
+
+    auto* cmdPurge = app.add_subcommand(
+        "purge", "Save a model file dropping the strings no object uses; print what was dropped");
+    addFile(cmdPurge, "a model file");
+
+    auto* cmdGen = app.add_subcommand("gen", "Create a synthetic model of N unique objects");
+    addFile(cmdGen, "the .zmf file to create (must not exist)");
+    cmdGen->add_option("--objects", objects, "number of unique objects")
+        ->required()
+        ->check(CLI::Range(std::uint64_t{2}, std::uint64_t{100000000}));
+    cmdGen->add_option("--seed", seed, "seed of the generator (default 1)");
+
+    auto* cmdDemo = app.add_subcommand(
+        "demo", "Build a small model, save it, reopen it, verify it and print a summary");
+    addFile(cmdDemo, "the .zmf file to create (must not exist)");
 
     try {
         app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForAllHelp& e) {
+        return app.exit(e);
     } catch (const CLI::ParseError& e) {
-        const int rc = app.exit(e);
-        return rc == 0 ? 0 : kExitBadInput;
+        return Fail(e.what());
     }
-    if (*demo) return Demo(demoPath);
-    return Tables(tablesPath);
+
+    if (*cmdNew) return RunNew(file);
+    if (*cmdInfo) return RunInfo(file);
+    if (*cmdDump) return RunDump(file, {table, format});
+    if (*cmdCheck) return RunCheck(file);
+    if (*cmdUpgrade) return RunUpgrade(file, output);
+    if (*cmdPurge) return RunPurge(file);
+    if (*cmdGen) return RunGen(file, objects, seed);
+    return RunDemo(file);
 }

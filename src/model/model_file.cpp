@@ -1,0 +1,124 @@
+#include "model/model_file.h"
+
+#include "zmflib/rows.h"
+
+namespace tessmeta {
+namespace {
+
+// The meta-class names of a new model, in the order of object_types.def.
+constexpr const char* kMetaClassNames[] = {
+#define TESS_OBJECT_TYPE(getter, name, sets) name,
+#include "identity/object_types.def"
+#undef TESS_OBJECT_TYPE
+};
+
+}  // namespace
+
+bool WriteInitialObjectDefinitions(CZmfFile& file) {
+    CTableBase* table = file.GetEmptyTable("ObjectDefinition");
+    if (!table) return false;
+    table->SetSizeEstimate(static_cast<LONG>(std::size(kMetaClassNames)));
+    ULONG id = 0;
+    for (const char* name : kMetaClassNames) {
+        CObjectDefinitionBase row(++id);
+        row.Name = name;
+        if (!table->Insert(&row)) return false;
+    }
+    return file.Commit();
+}
+
+CModelFile::CModelFile(std::unique_ptr<CZmfFile> file)
+    : m_file(std::move(file)), m_loadedVersion(m_file->GetFormatVersion()) {}
+
+CModelFile::~CModelFile() = default;
+
+std::unique_ptr<CModelFile> CModelFile::Create(const std::string& path, std::string* error) {
+    auto file = CZmfFile::Create(path, kCurrentFormatVersion, error);
+    if (!file) return nullptr;
+    if (!WriteInitialObjectDefinitions(*file)) {
+        if (error) *error = file->GetLastError();
+        return nullptr;
+    }
+    auto model = Load(std::move(file));
+    if (!model->Save()) {
+        if (error) *error = model->GetLastError();
+        return nullptr;
+    }
+    return model;
+}
+
+std::unique_ptr<CModelFile> CModelFile::CreateInMemory() {
+    auto file = CZmfFile::OpenMemory(kCurrentFormatVersion);
+    WriteInitialObjectDefinitions(*file);
+    auto model = Load(std::move(file));
+    model->Save();
+    return model;
+}
+
+std::unique_ptr<CModelFile> CModelFile::Open(const std::string& path, std::string* error,
+                                             const SModelLoadOptions& options) {
+    auto file = CZmfFile::Open(path, error);
+    if (!file) return nullptr;
+    auto model = Load(std::move(file), options);
+    // A read failure during the load ends a table early; the model would be
+    // incomplete, so it is refused.
+    if (model->GetFile().HasError()) {
+        if (error) *error = model->GetFile().GetLastError();
+        return nullptr;
+    }
+    return model;
+}
+
+std::unique_ptr<CModelFile> CModelFile::Load(std::unique_ptr<CZmfFile> file,
+                                             const SModelLoadOptions& options) {
+    std::unique_ptr<CModelFile> model(new CModelFile(std::move(file)));
+    model->LoadManagers(options);
+    return model;
+}
+
+void CModelFile::LoadManagers(const SModelLoadOptions& options) {
+    m_guids = std::make_unique<CGuidMgr>(m_file.get(), options.keepGuidMap);
+    m_guids->Init(options.objectBuckets, m_loadedVersion);
+    m_names = std::make_unique<CNameSpaceMgr>(m_file.get());
+    m_names->Init(options.usageBuckets, options.stringBuckets, options.stringsOnly,
+                  options.buildRoleIndex, options.deferUsageLoad);
+}
+
+bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
+    file.ClearError();
+    file.SetFormatVersion(kCurrentFormatVersion);
+    m_guids->Save(&file, options.globalIdMaps, options.newIdentity, options.keepIdentity);
+    m_names->Save(&file, options.writeUsages, options.purgeStrings);
+    // A failed insert shows in the file's error; the transaction then must not be
+    // committed half-written.
+    const bool ok = !file.HasError() && file.Commit();
+    ReleaseStorageTables();
+    if (!ok) m_lastError = file.GetLastError();
+    return ok;
+}
+
+void CModelFile::ReleaseStorageTables() {
+    m_guids->ReleaseStorageTables(0);
+    m_names->ReleaseStorageTables(0);
+}
+
+bool CModelFile::Save(const SModelSaveOptions& options) {
+    return SaveInto(*m_file, options);
+}
+
+bool CModelFile::SaveAs(const std::string& path, const SModelSaveOptions& options) {
+    std::string error;
+    auto target = CZmfFile::Create(path, kCurrentFormatVersion, &error);
+    if (!target) {
+        m_lastError = error;
+        return false;
+    }
+    // Keys allocated in this model must stay unique in the new file.
+    m_file->GetIdentityMgr()->ForEachCounter(
+        [&](int kind, ULONG value) { target->GetIdentityMgr()->SetKeyValue(kind, value); });
+    if (!SaveInto(*target, options)) return false;
+    m_file = std::move(target);
+    return true;
+}
+
+}  // namespace tessmeta

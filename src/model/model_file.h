@@ -1,0 +1,97 @@
+// CModelFile: one open model, the composition root that a host program (the
+// tessmeta command, a test, an application) uses instead of wiring the managers by
+// hand.
+//
+// It opens or creates the record store, reads the format version, builds the
+// managers in load order (the identity manager's Init first, then the name space,
+// then the managers that look up their usage types by name), exposes them, saves
+// every manager in the same order with one commit at the end, and gives the
+// record-store tables back. Later managers plug in by adding their construction to
+// Load and their save and release to Save.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "identity/global_id_maps.h"
+#include "identity/guid_mgr.h"
+#include "namespace/name_space_mgr.h"
+#include "zmflib/zmf_file.h"
+
+namespace tessmeta {
+
+struct SModelLoadOptions {
+    int keepGuidMap = 1;             // keep the unique objects' GUID map
+    unsigned int objectBuckets = 0;  // 0: sized from the stored size figure
+    unsigned int usageBuckets = 0;   // 0: idem
+    unsigned int stringBuckets = 0;  // 0: idem
+    int stringsOnly = 0;             // name space: strings only, no usages
+    int buildRoleIndex = 0;          // name space: index usages by role
+    int deferUsageLoad = 0;          // name space: load usages on first use
+};
+
+struct SModelSaveOptions {
+    int writeUsages = 1;
+    int purgeStrings = 0;                   // drop strings no usage keeps
+    CGlobalIdMaps* globalIdMaps = nullptr;  // not owned
+    int newIdentity = 0;
+    int keepIdentity = 0;
+};
+
+class CModelFile {
+  public:
+    static constexpr DWORD kCurrentFormatVersion = 530;
+
+    // A new model file with what a new model gets: an object definition for every
+    // meta-class the library knows (ids 1 to 74 in the order of
+    // identity/object_types.def), the built-in usage types, format version 530.
+    // Fails if `path` exists.
+    static std::unique_ptr<CModelFile> Create(const std::string& path, std::string* error);
+    // The same model kept in memory only (tests, scratch work).
+    static std::unique_ptr<CModelFile> CreateInMemory();
+    // Opens and loads a model file; older format versions are upgraded in memory as
+    // the managers load them (saving writes version 530).
+    static std::unique_ptr<CModelFile> Open(const std::string& path, std::string* error,
+                                            const SModelLoadOptions& options = {});
+    // Loads the model of an open record store (the model takes it over).
+    static std::unique_ptr<CModelFile> Load(std::unique_ptr<CZmfFile> file,
+                                            const SModelLoadOptions& options = {});
+
+    ~CModelFile();
+    CModelFile(const CModelFile&) = delete;
+    CModelFile& operator=(const CModelFile&) = delete;
+
+    CZmfFile& GetFile() { return *m_file; }
+    // The format version the file had when it was loaded.
+    DWORD GetLoadedFormatVersion() const { return m_loadedVersion; }
+    CGuidMgr& GetGuidMgr() { return *m_guids; }
+    CNameSpaceMgr& GetNameSpaceMgr() { return *m_names; }
+
+    // Saves every manager into the model's own file as format version 530 and
+    // commits. False (with GetLastError) when the record store failed.
+    bool Save(const SModelSaveOptions& options = {});
+    // Saves into a new file at `path` (which must not exist); the model then lives
+    // on in that file.
+    bool SaveAs(const std::string& path, const SModelSaveOptions& options = {});
+
+    const std::string& GetLastError() const { return m_lastError; }
+
+  private:
+    explicit CModelFile(std::unique_ptr<CZmfFile> file);
+    void LoadManagers(const SModelLoadOptions& options);
+    bool SaveInto(CZmfFile& file, const SModelSaveOptions& options);
+    void ReleaseStorageTables();
+
+    std::unique_ptr<CZmfFile> m_file;
+    DWORD m_loadedVersion;
+    // Declared after the file: destroyed first, while the file still exists.
+    std::unique_ptr<CGuidMgr> m_guids;
+    std::unique_ptr<CNameSpaceMgr> m_names;
+    std::string m_lastError;
+};
+
+// Writes the object definitions a new model gets (see CModelFile::Create) into the
+// record store; used when a model file is created.
+bool WriteInitialObjectDefinitions(CZmfFile& file);
+
+}  // namespace tessmeta

@@ -1,0 +1,116 @@
+#include "model/model_generator.h"
+
+#include <cstdio>
+#include <random>
+#include <string>
+
+namespace tessmeta {
+namespace {
+
+// A kind of generated object: its meta-class and the usage types of its texts.
+struct SObjectKind {
+    const char* type;
+    const char* prefix;
+    const char* nameUsage;
+    const char* definitionUsage;  // null: the kind has no definition
+    const char* noteUsage;        // null: the kind has no note
+    int weight;                   // share among generated objects
+};
+
+constexpr SObjectKind kKinds[] = {
+    {"Entity", "ENTITY", "Entity Name", "Entity Definition", "Entity Note", 10},
+    {"Attribute", "ATTR", "Attribute Name", "Attribute Definition", "Attribute Note", 50},
+    {"Relationship", "REL", "Relationship Name", "Relationship Definition", "Relationship Note",
+     10},
+    {"Index", "IDX", "Index Name", nullptr, nullptr, 8},
+    {"View", "VIEW", "View Name", "View Definition", "View Note", 2},
+    {"Entity Display", "DISPLAY", "Entity Name", nullptr, nullptr, 10},
+    {"Relation Display", "RELDISPLAY", "Relationship Name", nullptr, nullptr, 10},
+};
+
+constexpr const char* kWords[] = {"customer", "order",  "invoice", "product", "account", "balance",
+                                  "address",  "region", "payment", "status",  "date",    "amount",
+                                  "supplier", "stock",  "price",   "note",    "the",     "of",
+                                  "for",      "each",   "is",      "a",       "record",  "holds"};
+
+class CTextMaker {
+  public:
+    explicit CTextMaker(std::uint32_t seed) : m_random(seed) {}
+
+    // A sentence of `words` words; one call in four makes it 255 bytes or longer,
+    // which makes about one text in ten long once the (short) names are counted.
+    std::string Sentence(int words, bool& isLong) {
+        isLong = Chance(25);
+        std::string text;
+        while (static_cast<int>(text.size()) < (isLong ? 300 : 0) || words-- > 0) {
+            if (!text.empty()) text += ' ';
+            text += kWords[Below(std::size(kWords))];
+        }
+        return text;
+    }
+    bool Chance(unsigned percent) { return Below(100) < percent; }
+    unsigned Below(std::size_t n) { return static_cast<unsigned>(m_random() % n); }
+
+  private:
+    std::mt19937 m_random;
+};
+
+const SObjectKind& PickKind(CTextMaker& maker) {
+    int total = 0;
+    for (const auto& kind : kKinds)
+        total += kind.weight;
+    int pick = static_cast<int>(maker.Below(static_cast<std::size_t>(total)));
+    for (const auto& kind : kKinds) {
+        if (pick < kind.weight) return kind;
+        pick -= kind.weight;
+    }
+    return kKinds[0];
+}
+
+}  // namespace
+
+SGenerateSummary GenerateModel(CModelFile& model, const SGenerateOptions& options) {
+    CGuidMgr& guids = model.GetGuidMgr();
+    CNameSpaceMgr& names = model.GetNameSpaceMgr();
+    CTextMaker maker(options.seed);
+    SGenerateSummary summary;
+
+    auto addText = [&](int object, const std::string& text, const char* usage, bool isLong) {
+        names.AddString(text.c_str(), object, names.GetStringUsageTypeId(usage));
+        ++summary.usages;
+        if (isLong) ++summary.longTexts;
+    };
+
+    const int modelId = guids.GetNewUniqueId(CString("Model"), 0, 0, 0);
+    addText(modelId, "Generated model", "Model Name", false);
+    const int diagramId = guids.GetNewUniqueId(CString("Diagram"), 0, 0, 0);
+    CString guid;
+    guids.GetObjectGUID(static_cast<unsigned>(diagramId), guid);
+    guids.CreateObjectDomain(static_cast<ULONG>(diagramId), "Generated diagram", "DIAGRAM", guid,
+                             0);
+    addText(diagramId, "Generated diagram", "Diagram Name", false);
+    summary.objects = 2;
+
+    char name[64];
+    for (std::uint64_t i = summary.objects; i < options.objects; ++i) {
+        const SObjectKind& kind = PickKind(maker);
+        const int object =
+            guids.GetNewUniqueId(CString(kind.type), static_cast<ULONG>(modelId), 0, 0);
+        std::snprintf(name, sizeof name, "%s_%llu", kind.prefix,
+                      static_cast<unsigned long long>(i));
+        addText(object, name, kind.nameUsage, false);
+        bool isLong = false;
+        if (kind.definitionUsage && maker.Chance(50)) {
+            const std::string text = maker.Sentence(8, isLong);
+            addText(object, text, kind.definitionUsage, isLong);
+        }
+        if (kind.noteUsage && maker.Chance(30)) {
+            const std::string text = maker.Sentence(5, isLong);
+            addText(object, text, kind.noteUsage, isLong);
+        }
+        ++summary.objects;
+    }
+    return summary;
+}
+
+}  // namespace tessmeta

@@ -1,0 +1,269 @@
+// The tessmeta command, run as a program on temporary model files.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+
+#include "support/test_support.h"
+
+using tessmeta::test::TempDir;
+
+namespace {
+
+struct SRun {
+    int status = -1;
+    std::string out, err;
+};
+
+class CommandTest : public ::testing::Test {
+  protected:
+    SRun Run(const std::string& args) {
+        const std::string out = dir.File("stdout"), err = dir.File("stderr");
+        const std::string command =
+            std::string(TESSMETA_COMMAND) + " " + args + " >" + out + " 2>" + err + " </dev/null";
+        const int raw = std::system(command.c_str());
+        SRun run;
+        run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+        run.out = Read(out);
+        run.err = Read(err);
+        return run;
+    }
+    static std::string Read(const std::string& path) {
+        std::ifstream in(path);
+        std::stringstream text;
+        text << in.rdbuf();
+        return text.str();
+    }
+    static void Sql(const std::string& path, const std::string& sql) {
+        sqlite3* db = nullptr;
+        ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
+        ASSERT_EQ(sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(db);
+        sqlite3_close(db);
+    }
+    static std::string SqlValue(const std::string& path, const std::string& sql) {
+        sqlite3* db = nullptr;
+        sqlite3_open(path.c_str(), &db);
+        sqlite3_stmt* stmt = nullptr;
+        std::string value;
+        if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) == SQLITE_OK &&
+            sqlite3_step(stmt) == SQLITE_ROW && sqlite3_column_text(stmt, 0))
+            value = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
+        sqlite3_finalize(stmt);
+        sqlite3_close(db);
+        return value;
+    }
+    // A demo model: two entities, attributes, a relationship, a diagram domain.
+    std::string Demo(const char* name = "demo.zmf") {
+        const std::string path = dir.File(name);
+        const SRun run = Run("demo " + path);
+        EXPECT_EQ(run.status, 0) << run.err;
+        return path;
+    }
+    // A "name  count" line of `info`.
+    static std::string CountLine(const char* name, int count) {
+        char line[80];
+        std::snprintf(line, sizeof line, "  %-26s %10d\n", name, count);
+        return line;
+    }
+    static bool OneLine(const std::string& text) {
+        return !text.empty() && text.find('\n') == text.size() - 1;
+    }
+
+    TempDir dir;
+};
+
+TEST_F(CommandTest, NewDemoAndInfo) {
+    const std::string fresh = dir.File("new.zmf");
+    ASSERT_EQ(Run("new " + fresh).status, 0);
+    SRun info = Run("info " + fresh);
+    ASSERT_EQ(info.status, 0) << info.err;
+    EXPECT_NE(info.out.find("format version 530"), std::string::npos);
+    EXPECT_NE(info.out.find(CountLine("ObjectDefinition", 74)), std::string::npos);
+    EXPECT_NE(info.out.find(CountLine("StringUsageType", 121)), std::string::npos);
+    EXPECT_NE(info.out.find("objects per type (0 objects)"), std::string::npos);
+
+    const SRun again = Run("new " + fresh);
+    EXPECT_EQ(again.status, 2);
+    EXPECT_TRUE(OneLine(again.err)) << again.err;
+    EXPECT_NE(again.err.find("already exists"), std::string::npos);
+
+    const std::string demo = Demo();
+    const SRun shown = Run("demo " + dir.File("demo2.zmf"));
+    EXPECT_NE(shown.out.find("verified: saved, reopened and identical"), std::string::npos);
+    info = Run("info " + demo);
+    EXPECT_NE(info.out.find(CountLine("Entity", 2)), std::string::npos) << info.out;
+    EXPECT_NE(info.out.find(CountLine("Attribute", 2)), std::string::npos);
+    EXPECT_NE(info.out.find("DIAGRAM"), std::string::npos);
+    EXPECT_NE(info.out.find("(model domain)"), std::string::npos);
+    EXPECT_NE(info.out.find("Entity Name"), std::string::npos);
+}
+
+TEST_F(CommandTest, DumpResolvesStringsInTextAndJson) {
+    const std::string demo = Demo();
+    SRun text = Run("dump " + demo + " --table StringUsage");
+    ASSERT_EQ(text.status, 0) << text.err;
+    EXPECT_NE(text.out.find("== StringUsage"), std::string::npos);
+    EXPECT_NE(text.out.find(":\"CUSTOMER\""), std::string::npos);
+    EXPECT_EQ(text.out.find("== UniqueObject"), std::string::npos);
+
+    SRun json = Run("dump " + demo + " --format json");
+    ASSERT_EQ(json.status, 0) << json.err;
+    const auto doc = nlohmann::json::parse(json.out);
+    EXPECT_EQ(doc["format_version"], 530);
+    const auto& objects = doc["tables"]["UniqueObject"];
+    ASSERT_EQ(objects.size(), 7u);
+    EXPECT_EQ(objects[0]["Object_GUID"].get<std::string>().size(), 32u);
+    bool resolved = false;
+    for (const auto& usage : doc["tables"]["StringUsage"])
+        resolved |= usage["String_ID"]["text"] == "ORDER";
+    EXPECT_TRUE(resolved);
+}
+
+TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
+    const std::string demo = Demo();
+    SRun clean = Run("check " + demo);
+    EXPECT_EQ(clean.status, 0) << clean.out;
+    EXPECT_NE(clean.out.find("0 problems"), std::string::npos);
+
+    const std::pair<const char*, const char*> damages[] = {
+        {"UPDATE StringUsage SET String_ID = 999 WHERE String_Usage_ID = 1",
+         "usage-without-string"},
+        {"UPDATE StringUsage SET String_Usage_Type_ID = 999 WHERE String_Usage_ID = 1",
+         "usage-without-usage-type"},
+        {"UPDATE StringUsage SET Object_ID = 999 WHERE String_Usage_ID = 1",
+         "usage-without-object"},
+        {"UPDATE UniqueObject SET Object_Type_ID = 999 WHERE Unique_Object_ID = 3",
+         "object-with-unknown-type"},
+        {"UPDATE UniqueObject SET Object_Domain_ID = 77 WHERE Unique_Object_ID = 3",
+         "object-with-unknown-domain"},
+        {"INSERT INTO MetaTable VALUES (5, 'a'), (5, 'b')", "duplicate-key"},
+    };
+    int n = 0;
+    for (auto [sql, kind] : damages) {
+        const std::string copy = dir.File("damaged" + std::to_string(++n) + ".zmf");
+        std::filesystem::copy_file(demo, copy);
+        Sql(copy, sql);
+        const SRun run = Run("check " + copy);
+        EXPECT_EQ(run.status, 1) << kind;
+        EXPECT_NE(run.out.find(std::string(kind) + ": "), std::string::npos) << run.out;
+    }
+    // A string nobody uses is reported, but is no error.
+    const std::string unused = dir.File("unused.zmf");
+    std::filesystem::copy_file(demo, unused);
+    Sql(unused, "INSERT INTO SmallString VALUES (500, 'nobody uses me', 0)");
+    const SRun run = Run("check " + unused);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.out.find("purgeable-string: SmallString: string 500 has no usage"),
+              std::string::npos);
+}
+
+TEST_F(CommandTest, PurgeDropsUnusedStringsAndSaysWhich) {
+    const std::string demo = Demo();
+    Sql(demo,
+        "INSERT INTO SmallString VALUES (500, 'nobody uses me', 0), (501, 'tiny', 0),"
+        " (502, '', 1); INSERT INTO LargeString VALUES (502, '" +
+            std::string(260, 'x') + "')");
+    const SRun run = Run("purge " + demo);
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("dropped string 500: \"nobody uses me\""), std::string::npos);
+    EXPECT_NE(run.out.find("dropped string 502: \"" + std::string(60, 'x') + "...\""),
+              std::string::npos);
+    EXPECT_EQ(run.out.find("dropped string 501"), std::string::npos);  // under 6 bytes
+    EXPECT_NE(run.out.find("2 strings dropped"), std::string::npos);
+    EXPECT_EQ(SqlValue(demo, "SELECT count(*) FROM SmallString WHERE String_ID = 500"), "0");
+    EXPECT_EQ(SqlValue(demo, "SELECT count(*) FROM LargeString"), "1");  // the demo's note
+    EXPECT_NE(Run("check " + demo).out.find("0 strings a purge would drop"), std::string::npos);
+}
+
+TEST_F(CommandTest, UpgradeOlderVersions) {
+    const std::string demo = Demo();
+    const std::string guid =
+        SqlValue(demo, "SELECT Object_GUID FROM UniqueObject WHERE Unique_Object_ID = 3");
+    for (int version : {499, 500, 502}) {
+        const std::string old = dir.File("v" + std::to_string(version) + ".zmf");
+        std::filesystem::copy_file(demo, old);
+        Sql(old, "UPDATE zmf_meta SET value = " + std::to_string(version) +
+                     " WHERE key = 'format_version'");
+        const std::string upgraded = old + ".new";
+        const SRun run = Run("upgrade " + old + " -o " + upgraded);
+        ASSERT_EQ(run.status, 0) << run.err;
+        EXPECT_NE(run.out.find("format version " + std::to_string(version) + ", saved as 530"),
+                  std::string::npos);
+        EXPECT_EQ(SqlValue(upgraded, "SELECT value FROM zmf_meta WHERE key='format_version'"),
+                  "530");
+        EXPECT_EQ(SqlValue(old, "SELECT value FROM zmf_meta WHERE key='format_version'"),
+                  std::to_string(version));  // the original is untouched
+        const std::string newGuid =
+            SqlValue(upgraded, "SELECT Object_GUID FROM UniqueObject WHERE Unique_Object_ID = 3");
+        const std::string status = SqlValue(
+            upgraded, "SELECT Repository_Status FROM UniqueObject WHERE Unique_Object_ID = 3");
+        if (version < 500) {
+            EXPECT_NE(newGuid, guid);  // files before GUIDs get fresh ones, and status New
+            EXPECT_EQ(status, "1");
+        } else {
+            EXPECT_EQ(newGuid, guid);
+            EXPECT_EQ(status, "2");
+        }
+        EXPECT_EQ(Run("check " + upgraded).status, 0);
+    }
+    // In place.
+    Sql(demo, "UPDATE zmf_meta SET value = 510 WHERE key = 'format_version'");
+    ASSERT_EQ(Run("upgrade " + demo).status, 0);
+    EXPECT_EQ(SqlValue(demo, "SELECT value FROM zmf_meta WHERE key='format_version'"), "530");
+}
+
+TEST_F(CommandTest, GenBuildsASoundModel) {
+    const std::string path = dir.File("gen.zmf");
+    const SRun run = Run("gen " + path + " --objects 3000 --seed 7");
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("3000 objects"), std::string::npos);
+    EXPECT_EQ(SqlValue(path, "SELECT count(*) FROM UniqueObject"), "3000");
+    const int usages = std::stoi(SqlValue(path, "SELECT count(*) FROM StringUsage"));
+    const int longs = std::stoi(SqlValue(path, "SELECT count(*) FROM LargeString"));
+    EXPECT_GT(usages, 4000);
+    EXPECT_GT(longs * 100, usages * 5);  // about one text in ten is long
+    EXPECT_LT(longs * 100, usages * 15);
+    EXPECT_EQ(Run("check " + path).status, 0);
+    EXPECT_EQ(Run("gen " + dir.File("bad.zmf") + " --objects 1").status, 2);
+}
+
+TEST_F(CommandTest, BadInputGivesOneLineAndStatusTwo) {
+    const std::string missing = dir.File("missing.zmf");
+    const std::string text = dir.File("text.zmf");
+    std::ofstream(text) << "this is not a model file\n";
+    const std::string demo = Demo();
+    const std::string truncated = dir.File("truncated.zmf");
+    std::filesystem::copy_file(demo, truncated);
+    std::filesystem::resize_file(truncated, std::filesystem::file_size(demo) - 1000);
+
+    const std::string cases[] = {"info " + missing,
+                                 "check " + missing,
+                                 "dump " + missing,
+                                 "purge " + text,
+                                 "upgrade " + text,
+                                 "info " + truncated,
+                                 "dump " + demo + " --table NoSuchTable",
+                                 "dump " + demo + " --format xml",
+                                 "info " + demo + " --bogus",
+                                 "bogus",
+                                 "",
+                                 "gen " + dir.File("g.zmf") + " --objects many"};
+    for (const std::string& args : cases) {
+        const SRun run = Run(args);
+        EXPECT_EQ(run.status, 2) << args;
+        EXPECT_TRUE(OneLine(run.err)) << args << ": " << run.err;
+        EXPECT_TRUE(run.out.empty()) << args;
+    }
+    EXPECT_EQ(Read(text), "this is not a model file\n");  // nothing written
+    EXPECT_FALSE(std::filesystem::exists(dir.File("g.zmf")));
+    EXPECT_EQ(Run("info --help").status, 0);
+}
+
+}  // namespace

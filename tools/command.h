@@ -1,0 +1,43 @@
+// The subcommands of the tessmeta command and what they share.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "model/model_file.h"
+
+namespace tessmeta::tool {
+
+// Exit statuses: 0 done, 1 the model has problems (check) or the work failed,
+// 2 bad input (missing or damaged file, unknown table, bad flag).
+constexpr int kExitOk = 0;
+constexpr int kExitProblems = 1;
+constexpr int kExitBadInput = 2;
+
+// Prints "tessmeta: <message>" on standard error and returns `status`.
+int Fail(const std::string& message, int status = kExitBadInput);
+
+// Opens and loads a model, showing a progress bar for long loads. Null after
+// printing the error.
+std::unique_ptr<CModelFile> OpenModel(const std::string& path,
+                                      const SModelLoadOptions& options = {});
+// Saves with a progress bar for long saves; prints the error when it fails.
+bool SaveModel(CModelFile& model, const SModelSaveOptions& options = {},
+               const std::string& saveAsPath = "");
+
+struct SDumpOptions {
+    std::string table;  // empty: every table
+    std::string format = "text";
+};
+
+int RunNew(const std::string& path);
+int RunInfo(const std::string& path);
+int RunDump(const std::string& path, const SDumpOptions& options);
+int RunCheck(const std::string& path);
+int RunUpgrade(const std::string& path, const std::string& output);
+int RunPurge(const std::string& path);
+int RunGen(const std::string& path, std::uint64_t objects, std::uint32_t seed);
+int RunDemo(const std::string& path);
+
+}  // namespace tessmeta::tool
