@@ -93,49 +93,11 @@ void BM_LoadGuidMgr(benchmark::State& state) {
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
 }
 
-// The same columns read into a plain struct.
-struct RawObject {
-    int64_t id, type, model, domain, plex1, plex2;
-    double modified;
-    int64_t created, status, reserved;
-    std::string guid, version;
-};
-
+// The baseline: the same columns read into a plain struct.
 void BM_LoadRawSqliteScan(benchmark::State& state) {
-    sqlite3* db = OpenRaw(ModelFile());
-    sqlite3_stmt* stmt = nullptr;
-    sqlite3_prepare_v2(db,
-                       "SELECT Unique_Object_ID, Object_Type_ID, Model_ID, Object_Domain_ID,"
-                       " Plex_ID_1, Plex_ID_2, Modification_Date, Creation_Time,"
-                       " Repository_Status, Reserved, Object_GUID, Version_GUID"
-                       " FROM UniqueObject ORDER BY rowid",
-                       -1, &stmt, nullptr);
-    for (auto _ : state) {
-        RawObject row;
-        size_t n = 0;
-        while (sqlite3_step(stmt) == SQLITE_ROW) {
-            row.id = sqlite3_column_int64(stmt, 0);
-            row.type = sqlite3_column_int64(stmt, 1);
-            row.model = sqlite3_column_int64(stmt, 2);
-            row.domain = sqlite3_column_int64(stmt, 3);
-            row.plex1 = sqlite3_column_int64(stmt, 4);
-            row.plex2 = sqlite3_column_int64(stmt, 5);
-            row.modified = sqlite3_column_double(stmt, 6);
-            row.created = sqlite3_column_int64(stmt, 7);
-            row.status = sqlite3_column_int64(stmt, 8);
-            row.reserved = sqlite3_column_int64(stmt, 9);
-            row.guid.assign(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 10)),
-                            sqlite3_column_bytes(stmt, 10));
-            row.version.assign(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 11)),
-                               sqlite3_column_bytes(stmt, 11));
-            ++n;
-        }
-        sqlite3_reset(stmt);
-        if (n != kRows) state.SkipWithError("row count");
-        benchmark::DoNotOptimize(row);
-    }
-    sqlite3_finalize(stmt);
-    sqlite3_close(db);
+    tessmeta::bench::CRawUniqueObjectScan scan(ModelFile());
+    for (auto _ : state)
+        if (scan.Run() != kRows) state.SkipWithError("row count");
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kRows));
 }
 

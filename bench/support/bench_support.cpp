@@ -1,7 +1,9 @@
 #include "support/bench_support.h"
 
+#include <benchmark/benchmark.h>
 #include <cstdio>
 #include <cstdlib>
+
 #include <filesystem>
 
 namespace tessmeta::bench {
@@ -63,6 +65,57 @@ sqlite3* OpenRaw(const std::string& path) {
                  "PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA cache_size=-65536;",
                  nullptr, nullptr, nullptr);
     return db;
+}
+
+namespace {
+
+struct SRawObject {
+    int64_t id, type, model, domain, plex1, plex2;
+    double modified;
+    int64_t created, status, reserved;
+    std::string guid, version;
+};
+
+}  // namespace
+
+CRawUniqueObjectScan::CRawUniqueObjectScan(const std::string& path) : m_db(OpenRaw(path)) {
+    sqlite3_prepare_v2(m_db,
+                       "SELECT Unique_Object_ID, Object_Type_ID, Model_ID, Object_Domain_ID,"
+                       " Plex_ID_1, Plex_ID_2, Modification_Date, Creation_Time,"
+                       " Repository_Status, Reserved, Object_GUID, Version_GUID"
+                       " FROM UniqueObject ORDER BY rowid",
+                       -1, &m_stmt, nullptr);
+}
+
+CRawUniqueObjectScan::~CRawUniqueObjectScan() {
+    sqlite3_finalize(m_stmt);
+    sqlite3_close(m_db);
+}
+
+size_t CRawUniqueObjectScan::Run() {
+    SRawObject row;
+    size_t n = 0;
+    sqlite3_stmt* stmt = m_stmt;
+    while (sqlite3_step(stmt) == SQLITE_ROW) {
+        row.id = sqlite3_column_int64(stmt, 0);
+        row.type = sqlite3_column_int64(stmt, 1);
+        row.model = sqlite3_column_int64(stmt, 2);
+        row.domain = sqlite3_column_int64(stmt, 3);
+        row.plex1 = sqlite3_column_int64(stmt, 4);
+        row.plex2 = sqlite3_column_int64(stmt, 5);
+        row.modified = sqlite3_column_double(stmt, 6);
+        row.created = sqlite3_column_int64(stmt, 7);
+        row.status = sqlite3_column_int64(stmt, 8);
+        row.reserved = sqlite3_column_int64(stmt, 9);
+        row.guid.assign(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 10)),
+                        sqlite3_column_bytes(stmt, 10));
+        row.version.assign(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 11)),
+                           sqlite3_column_bytes(stmt, 11));
+        ++n;
+    }
+    sqlite3_reset(stmt);
+    benchmark::DoNotOptimize(row);
+    return n;
 }
 
 }  // namespace tessmeta::bench

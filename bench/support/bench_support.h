@@ -20,4 +20,20 @@ std::vector<CUniqueObjectBase> MakeUniqueObjects(size_t count);
 // Opens a file with the raw SQLite API for a baseline, with the store's pragmas.
 sqlite3* OpenRaw(const std::string& path);
 
+// The raw baseline of a unique-object scan: a sqlite3_step loop that reads every
+// column of "UniqueObject" into a plain struct, as a hand-written loader would.
+class CRawUniqueObjectScan {
+  public:
+    explicit CRawUniqueObjectScan(const std::string& path);
+    ~CRawUniqueObjectScan();
+    CRawUniqueObjectScan(const CRawUniqueObjectScan&) = delete;
+    CRawUniqueObjectScan& operator=(const CRawUniqueObjectScan&) = delete;
+    // Reads every row; returns the row count.
+    size_t Run();
+
+  private:
+    sqlite3* m_db;
+    sqlite3_stmt* m_stmt = nullptr;
+};
+
 }  // namespace tessmeta::bench

@@ -27,18 +27,6 @@ class CReporter {
     std::size_t m_limit;
 };
 
-// The key (first column) of a row of any table.
-class CKeyReader final : public IZmfColumnSink {
-  public:
-    DWORD key = 0;
-    void U32(int index, DWORD value) override {
-        if (index == 0) key = value;
-    }
-    void Int(int, LONG) override {}
-    void String(int, const CString&) override {}
-    void Date(int, const COleDateTime&) override {}
-};
-
 template <class Row, class Iterator, class Visit>
 void ForEachRow(CZmfFile& file, const char* table, Visit&& visit) {
     CTableBase* handle = file.GetTable(table);
@@ -56,11 +44,10 @@ void CheckDuplicateKeys(CZmfFile& file, CReporter& out) {
         std::unique_ptr<CDbObjectBase> row(desc->createRow());
         std::unordered_set<DWORD> seen;
         while (it.GetNext(row.get())) {
-            CKeyReader key;
-            desc->readRow(*row, key);
-            if (!seen.insert(key.key).second)
+            const DWORD key = zmf::KeyOf(*desc, *row);
+            if (!seen.insert(key).second)
                 out.Add(ECheckKind::DuplicateKey, desc->name,
-                        "key " + std::to_string(key.key) + " is used by more than one row");
+                        "key " + std::to_string(key) + " is used by more than one row");
         }
         file.ReleaseTable(&handle, 0);
     }

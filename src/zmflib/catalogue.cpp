@@ -100,6 +100,27 @@ const SZmfTableDesc* FindTableByName(const char* name) {
     return it == map.end() ? nullptr : it->second;
 }
 
+namespace {
+
+class CKeyReader final : public IZmfColumnSink {
+  public:
+    DWORD key = 0;
+    void U32(int index, DWORD value) override {
+        if (index == 0) key = value;
+    }
+    void Int(int, LONG) override {}
+    void String(int, const CString&) override {}
+    void Date(int, const COleDateTime&) override {}
+};
+
+}  // namespace
+
+DWORD KeyOf(const SZmfTableDesc& desc, const CDbObjectBase& row) {
+    CKeyReader reader;
+    desc.readRow(row, reader);
+    return reader.key;
+}
+
 const SZmfTableDesc* FindTableByNumber(int tableNumber) {
     const auto& map = Catalogue().byNumber;
     auto it = map.find(tableNumber);

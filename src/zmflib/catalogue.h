@@ -66,4 +66,7 @@ std::span<const SZmfTableDesc* const> AllTables();
 const SZmfTableDesc* FindTableByName(const char* name);
 const SZmfTableDesc* FindTableByNumber(int tableNumber);
 
+// The key (first column) of a row of the described table.
+DWORD KeyOf(const SZmfTableDesc& desc, const CDbObjectBase& row);
+
 }  // namespace zmf

@@ -131,18 +131,6 @@ class CStatementSink final : public IZmfColumnSink {
     int m_first;
 };
 
-// Captures the key (column 0) of a row.
-class CKeySink final : public IZmfColumnSink {
-  public:
-    DWORD key = 0;
-    void U32(int index, DWORD value) override {
-        if (index == 0) key = value;
-    }
-    void Int(int, LONG) override {}
-    void String(int, const CString&) override {}
-    void Date(int, const COleDateTime&) override {}
-};
-
 // One buffered column value of a pending insert.
 struct SPendingValue {
     enum class Kind { Integer, Real, Text, Null } kind = Kind::Null;
@@ -338,11 +326,7 @@ class CSqliteTable final : public CTableBase {
                Quote(GetDesc().columns[0].name) + "=?1 ORDER BY rowid LIMIT 1";
     }
 
-    DWORD KeyOf(const CDbObjectBase& row) const {
-        CKeySink sink;
-        GetDesc().readRow(row, sink);
-        return sink.key;
-    }
+    DWORD KeyOf(const CDbObjectBase& row) const { return zmf::KeyOf(GetDesc(), row); }
 
     int StepChanges(sqlite3_stmt* stmt, const char* what) {
         if (sqlite3_step(stmt) != SQLITE_DONE) {

@@ -43,7 +43,9 @@ class TextSink final : public IZmfColumnSink {
     void U32(int i, DWORD v) override { Add(i, std::to_string(v)); }
     void Int(int i, LONG v) override { Add(i, std::to_string(v)); }
     void String(int i, const CString& v) override {
-        Add(i, "'" + std::string(static_cast<const char*>(v), v.GetLength()) + "'");
+        std::string quoted(1, '\'');
+        quoted.append(v.View()).push_back('\'');
+        Add(i, quoted);
     }
     void Date(int i, const COleDateTime& v) override {
         Add(i, std::to_string(v.m_dt) + "/" + std::to_string(static_cast<int>(v.m_status)));
