@@ -1,0 +1,103 @@
+// The composition root: create, load, save, save as, and the generator.
+#include "model/model_file.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "model/model_check.h"
+#include "model/model_generator.h"
+#include "support/test_support.h"
+
+using tessmeta::CModelFile;
+using tessmeta::test::TempDir;
+
+namespace {
+
+// The name of an object in the "Entity Name" role, or "" when it has none.
+std::string EntityName(CModelFile& model, int object) {
+    CNameSpaceMgr& names = model.GetNameSpaceMgr();
+    CString text;
+    const int id = names.GetStringIdFromObjectAndUsageTypeIds(object, names.GetEntityNameUsageId());
+    if (id) names.GetStringFromNameSpace(text, id);
+    return std::string(text);
+}
+
+TEST(ModelFile, ANewModelHasTypesAndUsageTypesAndSurvivesReopening) {
+    TempDir dir;
+    const std::string path = dir.File("m.zmf");
+    std::string error;
+    auto model = CModelFile::Create(path, &error);
+    ASSERT_TRUE(model) << error;
+    CGuidMgr& guids = model->GetGuidMgr();
+    EXPECT_EQ(guids.GetDiagramObjectTypeId(), 1);
+    EXPECT_EQ(guids.GetTreeLayoutObjectTypeId(), 74);
+    EXPECT_EQ(model->GetNameSpaceMgr().GetEntityNameUsageId(), 1);
+    const int entity = guids.GetNewUniqueId(CString("Entity"), 0, 0, 0);
+    model->GetNameSpaceMgr().AddString("CUSTOMER", entity,
+                                       model->GetNameSpaceMgr().GetEntityNameUsageId());
+    CString guid;
+    guids.GetObjectGUID(static_cast<unsigned>(entity), guid);
+    ASSERT_TRUE(model->Save());
+    model.reset();
+
+    EXPECT_FALSE(CModelFile::Create(path, &error));  // never over an existing file
+    model = CModelFile::Open(path, &error);
+    ASSERT_TRUE(model) << error;
+    EXPECT_EQ(EntityName(*model, entity), "CUSTOMER");
+    CString reloaded;
+    model->GetGuidMgr().GetObjectGUID(static_cast<unsigned>(entity), reloaded);
+    EXPECT_EQ(reloaded, guid);
+    EXPECT_EQ(model->GetGuidMgr().GetNewUniqueId(CString("Entity"), 0, 0, 0), entity + 1);
+    EXPECT_EQ(tessmeta::CheckModelFile(model->GetFile()).ErrorCount(), 0u);
+}
+
+TEST(ModelFile, SaveAsWritesVersion530AndKeepsKeysAhead) {
+    TempDir dir;
+    auto model = CModelFile::CreateInMemory();
+    model->GetFile().SetFormatVersion(502);
+    model->GetFile().GetIdentityMgr()->SetKeyValue(74, 40);
+    ASSERT_TRUE(model->SaveAs(dir.File("copy.zmf")));
+    EXPECT_EQ(model->GetFile().GetPath(), dir.File("copy.zmf"));
+    EXPECT_FALSE(model->SaveAs(dir.File("copy.zmf")));  // exists
+    EXPECT_NE(model->GetLastError().find("already exists"), std::string::npos);
+
+    auto copy = CZmfFile::Open(dir.File("copy.zmf"));
+    ASSERT_TRUE(copy);
+    EXPECT_EQ(copy->GetFormatVersion(), 530u);
+    EXPECT_EQ(copy->GetIdentityMgr()->AllocKeyValue(74), 41u);
+}
+
+TEST(ModelFile, GeneratedModelsAreSoundAndRepeatable) {
+    auto first = CModelFile::CreateInMemory();
+    auto second = CModelFile::CreateInMemory();
+    const auto summary = tessmeta::GenerateModel(*first, {500, 9});
+    tessmeta::GenerateModel(*second, {500, 9});
+    EXPECT_EQ(summary.objects, 500u);
+    EXPECT_EQ(first->GetGuidMgr().GetUniqueObjCount(), 500);
+    EXPECT_GT(summary.longTexts, 0u);
+    auto texts = [](CModelFile& model) {
+        std::vector<std::string> all;
+        LONG id;
+        CString text;
+        for (POSITION pos = model.GetNameSpaceMgr().GetStringStartPosition(); pos;) {
+            model.GetNameSpaceMgr().GetNextString(pos, id, text);
+            all.emplace_back(text);
+        }
+        return all;
+    };
+    EXPECT_EQ(texts(*first), texts(*second));
+    EXPECT_GT(texts(*first).size(), 500u);
+    EXPECT_EQ(first->GetGuidMgr().GetModelDomainId(), 1u);
+    ASSERT_TRUE(first->Save());
+    EXPECT_EQ(tessmeta::CheckModelFile(first->GetFile()).ErrorCount(), 0u);
+}
+
+TEST(ModelFile, OpenRefusesWhatIsNotAModel) {
+    TempDir dir;
+    std::string error;
+    EXPECT_FALSE(CModelFile::Open(dir.File("none.zmf"), &error));
+    EXPECT_EQ(error, dir.File("none.zmf") + ": cannot open: no such file");
+}
+
+}  // namespace
