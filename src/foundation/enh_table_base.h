@@ -126,6 +126,12 @@ class CEnhTableBase : public CObject {
     // `enter` (which takes ownership), then releases the record-store table.
     template <class Row, class Enter>
     void LoadRows(Enter&& enter);
+    // The load loop of tables that turn stored records into rows of another shape:
+    // reads every stored row into one reused Record (its text fields keep their
+    // storage from row to row) and passes it to `enter` by const reference, then
+    // releases the record-store table.
+    template <class Record, class Enter>
+    void LoadRecords(Enter&& enter);
 
     // Makes `file` the model file and holds its emptied table `tableName` with the
     // size estimate given. Returns the handle; null on failure.
@@ -161,5 +167,14 @@ void CEnhTableBase::LoadRows(Enter&& enter) {
         row = std::make_unique<Row>();
     }
     row.reset();  // the spare row the last, failed read went into
+    ReleaseHandle();
+}
+
+template <class Record, class Enter>
+void CEnhTableBase::LoadRecords(Enter&& enter) {
+    CIteratorBase stored(m_pTable);
+    Record record;
+    while (stored.GetNext(&record))
+        enter(static_cast<const Record&>(record));
     ReleaseHandle();
 }

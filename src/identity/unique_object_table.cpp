@@ -31,11 +31,6 @@ DWORD CreationTimeFrom(const COleDateTime& date) {
                : static_cast<DWORD>(seconds);
 }
 
-// Drops the text a stored GUID column was read into (and its storage).
-void ClearText(CZmfString& text) {
-    text = CZmfString();
-}
-
 // Whether the global id maps speak for objects of this type.
 bool IsGlobalIdMapType(const CGlobalIdMaps& maps, LONG typeId) {
     if (typeId == 0) return false;
@@ -74,6 +69,24 @@ CEnhUniqueObjectTable::CEnhUniqueObjectTable(CZmfFile* file, CGuidMgr* owner, in
     if (keepGuidMap) m_pByGuid = std::make_unique<GuidMap>(10);
 }
 
+namespace {
+
+// Every column of a stored unique object but the two GUID texts.
+void CopyNonTextColumns(const CUniqueObjectBase& from, CUniqueObjectBase& to) {
+    to.Unique_Object_ID = from.Unique_Object_ID;
+    to.Object_Type_ID = from.Object_Type_ID;
+    to.Model_ID = from.Model_ID;
+    to.Object_Domain_ID = from.Object_Domain_ID;
+    to.Plex_ID_1 = from.Plex_ID_1;
+    to.Plex_ID_2 = from.Plex_ID_2;
+    to.Modification_Date = from.Modification_Date;
+    to.Creation_Time = from.Creation_Time;
+    to.Repository_Status = from.Repository_Status;
+    to.Reserved = from.Reserved;
+}
+
+}  // namespace
+
 void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
     UINT buckets = hashSize;
     if (buckets == 0) {
@@ -91,11 +104,15 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
     if (m_pByGuid) m_pByGuid->InitHashTable(buckets, TRUE);
 
     const bool storedGuids = m_nFileVersion >= kFirstVersionWithGuids;
-    LoadRows<CKelUniqueObject>([this, storedGuids](std::unique_ptr<CKelUniqueObject> row) {
+    // Stored GUIDs are texts, kept in memory as binary GUIDs: each record is read
+    // into one reused buffer and only its other columns are copied into the row.
+    LoadRecords<CUniqueObjectBase>([this, storedGuids](const CUniqueObjectBase& record) {
+        auto row = std::make_unique<CKelUniqueObject>();
+        CopyNonTextColumns(record, *row);
         if (storedGuids) {
             // Empty or malformed text leaves the GUID nil.
-            tessmeta::GuidFromText(row->Object_GUID.GetValue().View(), row->ObjectGuid);
-            tessmeta::GuidFromText(row->Version_GUID.GetValue().View(), row->VersionGuid);
+            tessmeta::GuidFromText(record.Object_GUID.GetValue().View(), row->ObjectGuid);
+            tessmeta::GuidFromText(record.Version_GUID.GetValue().View(), row->VersionGuid);
         } else {
             CGuidMgr::CreateNewGUID(&row->ObjectGuid);
             CGuidMgr::CreateNewGUID(&row->VersionGuid);
@@ -103,8 +120,6 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
                 row->Creation_Time = CreationTimeFrom(row->Modification_Date.GetValue());
             row->Repository_Status = tessmeta::kRepoNew;
         }
-        ClearText(row->Object_GUID);
-        ClearText(row->Version_GUID);
         EnterRow(std::move(row));
     });
     // The GUID map is filed after the scan, in list order: the same map as filing
