@@ -68,6 +68,69 @@ sqlite3* OpenRaw(const std::string& path) {
     return db;
 }
 
+std::string FreshSaveTarget(const char* name) {
+    std::string path = ScratchFile(name);
+    std::filesystem::remove(path);
+    CZmfFile::Create(path).reset();
+    return path;
+}
+
+namespace {
+
+void BindObject(sqlite3_stmt* stmt, int base, const CUniqueObjectBase& r) {
+    sqlite3_bind_int64(stmt, base + 1, r.Unique_Object_ID);
+    sqlite3_bind_int64(stmt, base + 2, static_cast<LONG>(r.Object_Type_ID));
+    sqlite3_bind_int64(stmt, base + 3, r.Model_ID);
+    sqlite3_bind_int64(stmt, base + 4, r.Object_Domain_ID);
+    sqlite3_bind_int64(stmt, base + 5, static_cast<LONG>(r.Plex_ID_1));
+    sqlite3_bind_int64(stmt, base + 6, static_cast<LONG>(r.Plex_ID_2));
+    sqlite3_bind_double(stmt, base + 7, r.Modification_Date.GetValue().m_dt);
+    sqlite3_bind_int64(stmt, base + 8, r.Creation_Time);
+    sqlite3_bind_int64(stmt, base + 9, r.Repository_Status);
+    sqlite3_bind_int64(stmt, base + 10, r.Reserved);
+    sqlite3_bind_text(stmt, base + 11, r.Object_GUID, r.Object_GUID.GetLength(), SQLITE_STATIC);
+    sqlite3_bind_text(stmt, base + 12, r.Version_GUID, r.Version_GUID.GetLength(), SQLITE_STATIC);
+}
+
+sqlite3_stmt* PrepareInsert(sqlite3* db, int rowsPerStatement) {
+    std::string sql =
+        "INSERT INTO UniqueObject (Unique_Object_ID, Object_Type_ID, Model_ID, Object_Domain_ID,"
+        " Plex_ID_1, Plex_ID_2, Modification_Date, Creation_Time, Repository_Status, Reserved,"
+        " Object_GUID, Version_GUID) VALUES ";
+    for (int r = 0; r < rowsPerStatement; ++r)
+        sql += r ? ",(?,?,?,?,?,?,?,?,?,?,?,?)" : "(?,?,?,?,?,?,?,?,?,?,?,?)";
+    sqlite3_stmt* stmt = nullptr;
+    sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr);
+    return stmt;
+}
+
+}  // namespace
+
+bool RawSaveUniqueObjects(const std::string& path, const std::vector<CUniqueObjectBase>& rows,
+                          int batch) {
+    sqlite3* db = OpenRaw(path);
+    sqlite3_exec(db, "BEGIN IMMEDIATE; DELETE FROM UniqueObject;", nullptr, nullptr, nullptr);
+    sqlite3_stmt* many = PrepareInsert(db, batch);
+    sqlite3_stmt* one = PrepareInsert(db, 1);
+    size_t i = 0;
+    for (; i + static_cast<size_t>(batch) <= rows.size(); i += static_cast<size_t>(batch)) {
+        for (int r = 0; r < batch; ++r)
+            BindObject(many, r * 12, rows[i + static_cast<size_t>(r)]);
+        sqlite3_step(many);
+        sqlite3_reset(many);
+    }
+    for (; i < rows.size(); ++i) {
+        BindObject(one, 0, rows[i]);
+        sqlite3_step(one);
+        sqlite3_reset(one);
+    }
+    sqlite3_finalize(many);
+    sqlite3_finalize(one);
+    const bool ok = sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(db);
+    return ok;
+}
+
 namespace {
 
 struct SRawObject {

@@ -20,6 +20,16 @@ std::vector<CUniqueObjectBase> MakeUniqueObjects(size_t count);
 // Opens a file with the raw SQLite API for a baseline, with the store's pragmas.
 sqlite3* OpenRaw(const std::string& path);
 
+// A model file to save into: created anew (empty tables), as a save replaces the
+// rows of an existing file.
+std::string FreshSaveTarget(const char* name);
+
+// The raw baseline of a unique-object save: prepared INSERTs of `batch` rows each
+// (single-row ones for the tail) in one transaction, then the commit. False when
+// the commit failed.
+bool RawSaveUniqueObjects(const std::string& path, const std::vector<CUniqueObjectBase>& rows,
+                          int batch);
+
 // The raw baseline of a unique-object scan: a sqlite3_step loop that reads every
 // column of "UniqueObject" into a plain struct, as a hand-written loader would.
 class CRawUniqueObjectScan {
