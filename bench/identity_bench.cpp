@@ -27,7 +27,6 @@ namespace {
 using tessmeta::bench::FreshSaveTarget;
 using tessmeta::bench::MakeUniqueObjects;
 using tessmeta::bench::OpenRaw;
-using tessmeta::bench::ScratchFile;
 
 constexpr size_t kRows = 1000000;
 // Buckets as CGuidMgr sizes them for kRows stored objects: 1.7 times, made odd.
@@ -58,12 +57,8 @@ const std::vector<CUniqueObjectBase>& Rows() {
 // A model file holding the rows and a few object definitions, written once per run.
 const std::string& ModelFile() {
     static const std::string path = [] {
-        std::string p = ScratchFile("identity.zmf");
-        auto file = CZmfFile::Create(p);
-        CTableBase* objects = file->GetEmptyTable("UniqueObject");
-        objects->SetSizeEstimate(static_cast<LONG>(kRows));
-        for (const auto& row : Rows())
-            objects->Insert(&row);
+        std::string p;
+        auto file = tessmeta::bench::CreateUniqueObjectFile("identity.zmf", Rows(), p);
         CTableBase* definitions = file->GetEmptyTable("ObjectDefinition");
         for (DWORD id = 1; id <= 75; ++id) {
             CObjectDefinitionBase def(id);

@@ -17,7 +17,6 @@ namespace {
 using tessmeta::bench::FreshSaveTarget;
 using tessmeta::bench::MakeUniqueObjects;
 using tessmeta::bench::OpenRaw;
-using tessmeta::bench::ScratchFile;
 
 constexpr size_t kRows = 1000000;
 
@@ -29,12 +28,8 @@ const std::vector<CUniqueObjectBase>& Rows() {
 // A model file holding kRows unique objects, written once per run.
 const std::string& ScanFile() {
     static const std::string path = [] {
-        std::string p = ScratchFile("scan.zmf");
-        auto file = CZmfFile::Create(p);
-        CTableBase* t = file->GetEmptyTable("UniqueObject");
-        for (const auto& row : Rows())
-            t->Insert(&row);
-        if (!file->Commit()) std::abort();
+        std::string p;
+        tessmeta::bench::CreateUniqueObjectFile("scan.zmf", Rows(), p);
         return p;
     }();
     return path;

@@ -57,6 +57,19 @@ std::vector<CUniqueObjectBase> MakeUniqueObjects(size_t count) {
     return rows;
 }
 
+std::unique_ptr<CZmfFile> CreateUniqueObjectFile(const std::string& name,
+                                                 const std::vector<CUniqueObjectBase>& rows,
+                                                 std::string& path) {
+    path = ScratchFile(name);
+    auto file = CZmfFile::Create(path);
+    CTableBase* table = file->GetEmptyTable("UniqueObject");
+    table->SetSizeEstimate(static_cast<LONG>(rows.size()));
+    for (const auto& row : rows)
+        table->Insert(&row);
+    if (!file->Commit()) std::abort();
+    return file;
+}
+
 sqlite3* OpenRaw(const std::string& path) {
     sqlite3* db = nullptr;
     if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) !=

@@ -3,6 +3,7 @@
 
 #include <sqlite3.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,12 @@ std::string ScratchFile(const std::string& name);
 
 // Deterministic unique-object rows (key = index + 1, GUID texts of 32 digits).
 std::vector<CUniqueObjectBase> MakeUniqueObjects(size_t count);
+
+// Creates the scratch model file `name` with `rows` as its unique objects, saved and
+// committed; returns the open file (to add more tables) and sets `path`.
+std::unique_ptr<CZmfFile> CreateUniqueObjectFile(const std::string& name,
+                                                 const std::vector<CUniqueObjectBase>& rows,
+                                                 std::string& path);
 
 // Opens a file with the raw SQLite API for a baseline, with the store's pragmas.
 sqlite3* OpenRaw(const std::string& path);

@@ -47,30 +47,6 @@ bool KeptByGlobalIdMaps(const CGlobalIdMaps& /*maps*/, const CKelUniqueObject& /
     return true;
 }
 
-void CopyToRecord(const CKelUniqueObject& row, CUniqueObjectBase& record) {
-    record.Unique_Object_ID = row.Unique_Object_ID;
-    record.Object_Type_ID = row.Object_Type_ID;
-    record.Model_ID = row.Model_ID;
-    record.Object_Domain_ID = row.Object_Domain_ID;
-    record.Plex_ID_1 = row.Plex_ID_1;
-    record.Plex_ID_2 = row.Plex_ID_2;
-    record.Modification_Date = row.Modification_Date;
-    record.Creation_Time = row.Creation_Time;
-    record.Repository_Status = row.Repository_Status;
-    record.Reserved = row.Reserved;
-    tessmeta::GuidToText(row.ObjectGuid, record.Object_GUID);
-    tessmeta::GuidToText(row.VersionGuid, record.Version_GUID);
-}
-
-}  // namespace
-
-CEnhUniqueObjectTable::CEnhUniqueObjectTable(CZmfFile* file, CGuidMgr* owner, int keepGuidMap)
-    : CEnhTableBase(file, CUniqueObjectBase::Desc().name), m_pOwner(owner) {
-    if (keepGuidMap) m_pByGuid = std::make_unique<GuidMap>(10);
-}
-
-namespace {
-
 // Every column of a stored unique object but the two GUID texts.
 void CopyNonTextColumns(const CUniqueObjectBase& from, CUniqueObjectBase& to) {
     to.Unique_Object_ID = from.Unique_Object_ID;
@@ -85,7 +61,18 @@ void CopyNonTextColumns(const CUniqueObjectBase& from, CUniqueObjectBase& to) {
     to.Reserved = from.Reserved;
 }
 
+void CopyToRecord(const CKelUniqueObject& row, CUniqueObjectBase& record) {
+    CopyNonTextColumns(row, record);
+    tessmeta::GuidToText(row.ObjectGuid, record.Object_GUID);
+    tessmeta::GuidToText(row.VersionGuid, record.Version_GUID);
+}
+
 }  // namespace
+
+CEnhUniqueObjectTable::CEnhUniqueObjectTable(CZmfFile* file, CGuidMgr* owner, int keepGuidMap)
+    : CEnhTableBase(file, CUniqueObjectBase::Desc().name), m_pOwner(owner) {
+    if (keepGuidMap) m_pByGuid = std::make_unique<GuidMap>(10);
+}
 
 void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
     UINT buckets = hashSize;
