@@ -52,6 +52,12 @@ std::map<int, SExpected> BuildDemo(CModelFile& model) {
     return expected;
 }
 
+ULONG FirstEntity(const std::map<int, SExpected>& expected) {
+    for (const auto& [id, object] : expected)
+        if (object.typeName == "Entity") return static_cast<ULONG>(id);
+    return 0;
+}
+
 int Verify(CModelFile& model, const std::map<int, SExpected>& expected) {
     CGuidMgr& guids = model.GetGuidMgr();
     CNameSpaceMgr& names = model.GetNameSpaceMgr();
@@ -85,6 +91,7 @@ int RunDemo(const std::string& path) {
     auto model = CModelFile::Create(path, &error);
     if (!model) return Fail(error);
     const auto expected = BuildDemo(*model);
+    const auto dictionaryDemo = BuildDictionaryDemo(*model, FirstEntity(expected));
     SModelSaveOptions options;
     options.purgeStrings = 1;
     if (!SaveModel(*model, options)) return kExitProblems;
@@ -92,7 +99,8 @@ int RunDemo(const std::string& path) {
 
     auto reopened = OpenModel(path);
     if (!reopened) return kExitProblems;
-    const int problems = Verify(*reopened, expected);
+    const int problems =
+        Verify(*reopened, expected) + VerifyDictionaryDemo(*reopened, *dictionaryDemo);
     CGuidMgr& guids = reopened->GetGuidMgr();
     int strings = 0;
     LONG id;
@@ -107,6 +115,7 @@ int RunDemo(const std::string& path) {
     std::printf("  strings            %d\n", strings);
     std::printf("  string usages      %d\n",
                 reopened->GetNameSpaceMgr().GetStringUsageTable().GetCount());
+    PrintDictionarySummary(*reopened);
     std::printf("  objects in repository state: %s\n", guids.HasRepositoryObject() ? "yes" : "no");
     std::printf("verified: %s\n", problems ? "NO" : "saved, reopened and identical");
     return problems ? kExitProblems : kExitOk;

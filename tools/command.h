@@ -31,6 +31,16 @@ struct SDumpOptions {
     std::string format = "text";
 };
 
+// Sections of `info` and `demo` contributed by the subsystems (info_<subsystem>.cpp,
+// demo_<subsystem>.cpp). A demo part builds its objects, then checks them in the
+// reopened model and returns the number of problems it printed.
+void PrintDictionaryInfo(CModelFile& model);
+struct SDictionaryDemo;
+// Binds dictionary items to model object `objectId`.
+std::shared_ptr<SDictionaryDemo> BuildDictionaryDemo(CModelFile& model, ULONG objectId);
+int VerifyDictionaryDemo(CModelFile& model, const SDictionaryDemo& expected);
+void PrintDictionarySummary(CModelFile& model);
+
 int RunNew(const std::string& path);
 int RunInfo(const std::string& path);
 int RunDump(const std::string& path, const SDumpOptions& options);

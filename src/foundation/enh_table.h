@@ -4,7 +4,12 @@
 //   Row          its row class CKel<Thing>: the record-store row class C<Table>Base
 //                plus a back pointer to the table (derive it from CEnhRow). The
 //                record-store table (name, key kind) is the one of C<Table>Base.
-//   kForeignKey  the column indexed in the foreign-key tree, or nullptr for none.
+//   kForeignKey  the foreign-key column (the owner's id, passed to GetNewUniqueId as
+//                the model id), or nullptr for none.
+//   kForeignKeyIndex  Tree (default): many rows per foreign key, walked with
+//                GetFirstFKRow / GetNextFKRow. Map: at most one row per foreign key,
+//                found with GetFKRow in one hash probe (the first row filed under a
+//                key answers).
 //   kTexts       the text columns (string ids of the name space), in column order,
 //                each with the name of its usage type.
 //   kObjectType  the object-type name of its unique objects, or nullptr.
@@ -60,8 +65,9 @@
 // hooks AddToExtraIndexes, RemoveFromExtraIndexes and SizeExtraIndexes; the
 // pattern calls them wherever a row enters or leaves the table and when Init sizes
 // its maps. CEnhRowMap and CEnhFieldTraits give a map of rows by one column.
-// UpdateRow takes a row out of the foreign-key tree and the extra indexes before
-// its columns change and files it again after, so no index keeps a stale entry.
+// UpdateRow and SetText take a row out of the foreign-key index and the extra
+// indexes before its columns change and file it again after, so no index keeps a
+// stale entry.
 //
 // Other needs. Guarded saves and saves of several record-store tables use
 // GuardedSave and ZMF_CHECKED_INSERT; write-through inserts and updates use
@@ -136,6 +142,7 @@ struct SEnhTextColumn {
 };
 
 enum class EEnhKeyMap { FirstWins, LastWins };
+enum class EEnhFKIndex { Tree, Map };
 enum class EEnhKeySource { IdentityMgr, OwnCounter };
 
 // The Global_User_ID column of a row class, or null when it has none.
@@ -155,6 +162,7 @@ struct CEnhTableTraits {
     using Text = SEnhTextColumn<RowT>;
 
     static constexpr DWORD Row::*kForeignKey = nullptr;
+    static constexpr EEnhFKIndex kForeignKeyIndex = EEnhFKIndex::Tree;
     static constexpr std::array<Text, 0> kTexts{};
     static constexpr const char* kObjectType = nullptr;
     static constexpr DWORD Row::*kUniqueId = DefaultUniqueIdColumn<RowT>();
@@ -170,6 +178,8 @@ class CEnhTable : public CEnhTableBase {
 
     static constexpr std::size_t kTextCount = Traits::kTexts.size();
     static constexpr bool kHasForeignKey = Traits::kForeignKey != nullptr;
+    static constexpr bool kFKTree = kHasForeignKey && Traits::kForeignKeyIndex == EEnhFKIndex::Tree;
+    static constexpr bool kFKMap = kHasForeignKey && Traits::kForeignKeyIndex == EEnhFKIndex::Map;
     static constexpr bool kHasUniqueId = Traits::kUniqueId != nullptr;
 
     static_assert(std::is_base_of_v<CDbObjectBase, Row>, "rows are record-store rows");
@@ -185,7 +195,7 @@ class CEnhTable : public CEnhTableBase {
           m_pNameSpace(nameSpace),
           m_pKeys(keys ? keys : (file ? file->GetIdentityMgr() : nullptr)),
           m_pIdentity(identity) {
-        if constexpr (kHasForeignKey) {
+        if constexpr (kFKTree) {
             m_pFKIndex = std::make_unique<CBalancedTree>();
             m_pFKIndex->Init();
         }
@@ -200,6 +210,7 @@ class CEnhTable : public CEnhTableBase {
     void Init(unsigned int bucketCount) override {
         const UINT buckets = LoadBucketCount(bucketCount);
         m_keyMap.InitHashTable(buckets, TRUE);
+        if constexpr (kFKMap) m_fkMap.InitHashTable(buckets, FALSE);
         SizeExtraIndexes(buckets);
         // The foreign-key index is filed on first use, from the rows in load order:
         // the same inserts in the same order as at load, so the same tree, but a
@@ -218,35 +229,57 @@ class CEnhTable : public CEnhTableBase {
     }
 
     // Deletes the row mapped under `key` and, through the services, its strings
-    // (in column order) and its unique object. 0 when there is no such row.
-    int Delete(ULONG key) {
+    // (in column order) and its unique object (passing `reallyDelete` on to
+    // DeleteObject). 0 when there is no such row.
+    int Delete(ULONG key, int reallyDelete = 0) {
         Row* row = GetRow(key);
         if (!row) return 0;
         const DWORD uniqueId = UniqueIdOf(*row);
         m_keyMap.RemoveKey(row);
-        if constexpr (kHasForeignKey) FKIndex().Delete(FKIndexKey(*row), row);
+        UnfileForeignKey(row);
         RemoveFromExtraIndexes(row);
         Remove(row);
         ReleaseTexts(uniqueId);
-        if (kHasUniqueId && m_pIdentity) m_pIdentity->DeleteObject(static_cast<int>(uniqueId), 0);
+        if (kHasUniqueId && m_pIdentity)
+            m_pIdentity->DeleteObject(static_cast<int>(uniqueId), reallyDelete);
         return 1;
     }
 
     // Deletes every row under `foreignKey`, in the order the index yields them.
-    void DeleteAllFKRows(ULONG foreignKey) requires kHasForeignKey {
-        std::vector<ULONG> keys;  // the index must not change while it is walked
-        for (Row* row = GetFirstFKRow(foreignKey); row; row = GetNextFKRow())
+    // Returns how many went.
+    int DeleteAllFKRows(ULONG foreignKey) requires kFKTree {
+        return DeleteWalk(GetFirstFKRow(foreignKey), [this] { return GetNextFKRow(); });
+    }
+
+    // Deletes the rows a walk yields: `first`, then each `next()` until null. The
+    // keys are collected first, because no index may change while it is walked.
+    // Returns how many went.
+    template <class Next>
+    int DeleteWalk(Row* first, Next&& next) {
+        std::vector<ULONG> keys;
+        for (Row* row = first; row; row = next())
             keys.push_back(row->GetTechKey());
+        int deleted = 0;
         for (ULONG key : keys)
-            Delete(key);
+            deleted += Delete(key);
+        return deleted;
     }
 
     // The rows under one foreign key: the first, then each next one, then null.
     // Any other search or delete on this table ends the walk.
-    Row* GetFirstFKRow(ULONG foreignKey) requires kHasForeignKey {
+    Row* GetFirstFKRow(ULONG foreignKey) requires kFKTree {
         return static_cast<Row*>(FKIndex().GetFirst(FKIndexKey(foreignKey)));
     }
-    Row* GetNextFKRow() requires kHasForeignKey { return static_cast<Row*>(FKIndex().GetNext()); }
+    Row* GetNextFKRow() requires kFKTree { return static_cast<Row*>(FKIndex().GetNext()); }
+
+    // The row filed under a foreign key (the first one filed), or null.
+    Row* GetFKRow(ULONG foreignKey) requires kFKMap {
+        Row probe;
+        probe.*Traits::kForeignKey = foreignKey;
+        Row* found = nullptr;
+        FKMap().Lookup(&probe, found);
+        return found;
+    }
 
     // All rows in list order.
     int GetCount() const { return GetRowCount(); }
@@ -275,8 +308,13 @@ class CEnhTable : public CEnhTableBase {
     int SetText(Row* row, int column, const CString& text) {
         if (!row || !m_pNameSpace || !IsTextColumn(column)) return 0;
         const auto index = static_cast<std::size_t>(column);
-        row->*Traits::kTexts[index].column = static_cast<DWORD>(m_pNameSpace->AddOrUpdateString(
+        const DWORD id = static_cast<DWORD>(m_pNameSpace->AddOrUpdateString(
             text, static_cast<int>(UniqueIdOf(*row)), m_usageTypeIds[index]));
+        if (id != row->*Traits::kTexts[index].column) {
+            RemoveFromExtraIndexes(row);
+            row->*Traits::kTexts[index].column = id;
+            AddToExtraIndexes(row);
+        }
         return 1;
     }
 
@@ -335,17 +373,22 @@ class CEnhTable : public CEnhTableBase {
     template <class Assign>
     int UpdateRow(ULONG key, Assign&& assign) {
         Row* row = GetRow(key);
-        if (!row) return 0;
+        return row ? UpdateRow(row, std::forward<Assign>(assign)) : 0;
+    }
+    template <class Assign>
+    int UpdateRow(Row* row, Assign&& assign) {
         const DWORD oldForeignKey = ForeignKeyOf(*row);
-        if constexpr (kHasForeignKey) FKIndex();  // filed with the old key first
         RemoveFromExtraIndexes(row);
+        if constexpr (kFKTree) FKIndex();  // filed with the old key first
+        if constexpr (kFKMap) UnfileForeignKey(row);
         std::forward<Assign>(assign)(*row);
-        if constexpr (kHasForeignKey) {
+        if constexpr (kFKTree) {
             if (ForeignKeyOf(*row) != oldForeignKey) {
                 FKIndex().Delete(FKIndexKey(oldForeignKey), row);
                 FKIndex().Insert(FKIndexKey(*row), row);
             }
         }
+        if constexpr (kFKMap) FileForeignKey(row);
         AddToExtraIndexes(row);
         return 1;
     }
@@ -360,24 +403,28 @@ class CEnhTable : public CEnhTableBase {
             row->SetEnhTable(static_cast<typename Row::TableType*>(this));
         SettleKey(*row);
         MapByKey(row);
-        if constexpr (kHasForeignKey) {
-            if (!m_fkIndexPending) FKIndex().Insert(FKIndexKey(*row), row);
-        }
+        if (!m_fkIndexPending) FileForeignKey(row);
         AddToExtraIndexes(row);
         return row->GetTechKey();
     }
 
     // The foreign-key index, filed first if the load left it pending.
-    CBalancedTree& FKIndex() requires kHasForeignKey {
-        if (m_fkIndexPending) {
-            m_fkIndexPending = false;
-            POSITION pos = GetFirstRowPosition();
-            while (pos) {
-                Row* row = GetNextRow(pos);
-                m_pFKIndex->Insert(FKIndexKey(*row), row);
-            }
-        }
+    CBalancedTree& FKIndex() requires kFKTree {
+        FileLoadedForeignKeys();
         return *m_pFKIndex;
+    }
+    // Rows by foreign key (hash = the foreign key).
+    struct SFKMapTraits {
+        static constexpr bool kGrow = true;
+        static UINT Hash(Row* row) { return ForeignKeyOf(*row); }
+        static bool Equal(Row* const& stored, Row* row) {
+            return ForeignKeyOf(*stored) == ForeignKeyOf(*row);
+        }
+    };
+    using FKMapType = CEnhRowMap<Row, SFKMapTraits>;
+    FKMapType& FKMap() requires kFKMap {
+        FileLoadedForeignKeys();
+        return m_fkMap;
     }
 
     // Extra indexes of a table (see the top of this file). Called after a row has
@@ -447,6 +494,29 @@ class CEnhTable : public CEnhTableBase {
         }
     }
 
+    // Files every loaded row under its foreign key, in load order, the first time
+    // the index is needed.
+    void FileLoadedForeignKeys() {
+        if (!m_fkIndexPending) return;
+        m_fkIndexPending = false;
+        for (POSITION pos = GetFirstRowPosition(); pos;)
+            FileForeignKey(GetNextRow(pos));
+    }
+    void FileForeignKey(Row* row) {
+        if constexpr (kFKTree) m_pFKIndex->Insert(FKIndexKey(*row), row);
+        if constexpr (kFKMap) {
+            Row*& filed = m_fkMap[row];
+            if (!filed) filed = row;
+        }
+    }
+    void UnfileForeignKey(Row* row) {
+        if constexpr (kFKTree) FKIndex().Delete(FKIndexKey(*row), row);
+        if constexpr (kFKMap) {
+            Row* filed = nullptr;
+            if (FKMap().Lookup(row, filed) && filed == row) m_fkMap.RemoveKey(row);
+        }
+    }
+
     void MapByKey(Row* row) {
         Row*& mapped = m_keyMap[row];  // one probe; a new entry holds null
         if (Traits::kKeyMap == EEnhKeyMap::LastWins || !mapped) mapped = row;
@@ -462,7 +532,8 @@ class CEnhTable : public CEnhTableBase {
     INameSpaceService* m_pNameSpace;            // not owned; may be null
     CIdentityMgr* m_pKeys;                      // not owned
     IObjectIdentityService* m_pIdentity;        // not owned; may be null
-    std::unique_ptr<CBalancedTree> m_pFKIndex;  // rows by foreign key; null without one
+    std::unique_ptr<CBalancedTree> m_pFKIndex;  // rows by foreign key; null without a tree
+    FKMapType m_fkMap{10};                      // rows by foreign key; kFKMap only
     bool m_fkIndexPending = false;              // loaded rows not yet filed in it
     std::array<int, kTextCount> m_usageTypeIds{};
     int m_nObjectTypeId = 0;

@@ -6,8 +6,8 @@ CEnhObjectDefinitionTable::CEnhObjectDefinitionTable(CZmfFile* file)
     : CEnhTable(nullptr, nullptr, nullptr, file) {}
 
 int CEnhObjectDefinitionTable::GetObjectTypeId(std::string_view name) const {
-    CKelObjectDefinition* row = nullptr;
-    return m_byName.Lookup(name, row) ? static_cast<int>(row->Object_Type_ID) : 0;
+    const CKelObjectDefinition* row = m_byName.Find(name);
+    return row ? static_cast<int>(row->Object_Type_ID) : 0;
 }
 
 int CEnhObjectDefinitionTable::GetObjectTypeString(int typeId, CString& name) const {
@@ -24,16 +24,13 @@ ULONG CEnhObjectDefinitionTable::Insert(const CString& name, ULONG typeId) {
 }
 
 void CEnhObjectDefinitionTable::AddToExtraIndexes(CKelObjectDefinition* row) {
-    CKelObjectDefinition*& mapped = m_byName[row->Name.GetValue().View()];
-    if (!mapped) mapped = row;
+    m_byName.Add(row);
 }
 
 void CEnhObjectDefinitionTable::RemoveFromExtraIndexes(CKelObjectDefinition* row) {
-    const std::string_view name = row->Name.GetValue().View();
-    CKelObjectDefinition* mapped = nullptr;
-    if (m_byName.Lookup(name, mapped) && mapped == row) m_byName.RemoveKey(name);
+    m_byName.Remove(row);
 }
 
 void CEnhObjectDefinitionTable::SizeExtraIndexes(UINT bucketCount) {
-    m_byName.InitHashTable(bucketCount, TRUE);
+    m_byName.Size(bucketCount);
 }

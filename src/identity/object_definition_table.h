@@ -14,8 +14,8 @@
 
 #include <string_view>
 
+#include "foundation/enh_indexes.h"
 #include "foundation/enh_table.h"
-#include "platform/cmap.h"
 #include "platform/cstring.h"
 #include "platform/types.h"
 #include "zmflib/rows.h"
@@ -28,18 +28,12 @@ class CKelObjectDefinition final
 
 struct SObjectDefinitionTraits : CEnhTableTraits<CKelObjectDefinition> {};
 
-struct SObjectDefinitionNameTraits {
-    static constexpr bool kGrow = true;  // see cmap.h: a growing model stays fast
-    static UINT Hash(std::string_view name) { return CMapHashText(name); }
-    static bool Equal(const std::string_view& stored, std::string_view name) {
-        return stored == name;
-    }
-};
-
 class CEnhObjectDefinitionTable : public CEnhTable<SObjectDefinitionTraits> {
   public:
-    using NameMap = CMap<std::string_view, std::string_view, CKelObjectDefinition*,
-                         CKelObjectDefinition*, SObjectDefinitionNameTraits>;
+    static std::string_view NameOf(const CKelObjectDefinition& row) {
+        return row.Name.GetValue().View();
+    }
+    using NameIndex = CEnhTextKeyIndex<CKelObjectDefinition, &NameOf>;
 
     // Opens the file's "ObjectDefinition" table; keys are declared to the file's
     // key allocator. `file` may be null (an empty table).
@@ -55,7 +49,7 @@ class CEnhObjectDefinitionTable : public CEnhTable<SObjectDefinitionTraits> {
     // from scratch registers its meta-classes this way before CGuidMgr::Init.
     ULONG Insert(const CString& name, ULONG typeId);
 
-    const NameMap& GetNameMap() const { return m_byName; }
+    const NameIndex& GetNameIndex() const { return m_byName; }
 
   protected:
     void AddToExtraIndexes(CKelObjectDefinition* row) override;
@@ -63,5 +57,5 @@ class CEnhObjectDefinitionTable : public CEnhTable<SObjectDefinitionTraits> {
     void SizeExtraIndexes(UINT bucketCount) override;
 
   private:
-    NameMap m_byName{10};  // keys view the rows' own Name texts
+    NameIndex m_byName;  // keys view the rows' own Name texts
 };

@@ -11,14 +11,19 @@
 namespace tessmeta {
 
 enum class ECheckKind {
-    StoreDamage,              // the database itself is damaged
-    UsageWithoutString,       // a string usage names a string id that does not exist
-    UsageWithoutUsageType,    // ... a usage type that does not exist
-    UsageWithoutObject,       // ... an object that is not a unique object
-    ObjectWithUnknownType,    // a unique object's type is not in "ObjectDefinition"
-    ObjectWithUnknownDomain,  // a unique object's domain id names no domain
-    DuplicateKey,             // two rows of one table share a key
-    PurgeableString,          // a string no usage keeps: a purging save drops it (not an error)
+    StoreDamage,                 // the database itself is damaged
+    UsageWithoutString,          // a string usage names a string id that does not exist
+    UsageWithoutUsageType,       // ... a usage type that does not exist
+    UsageWithoutObject,          // ... an object that is not a unique object
+    ObjectWithUnknownType,       // a unique object's type is not in "ObjectDefinition"
+    ObjectWithUnknownDomain,     // a unique object's domain id names no domain
+    DuplicateKey,                // two rows of one table share a key
+    PurgeableString,             // a string no usage keeps: a purging save drops it (not an error)
+    DictObjectWithUnknownKind,   // a registry row's kind is not in the kind table
+    DictItemWithoutRegistryRow,  // a dictionary item's row has no registry row
+    DictObjectWithUnknownDictionary,  // a registry row's data dictionary does not exist
+    BindingWithoutDictObject,         // a binding names a dictionary item that does not exist
+    kCheckKindCount
 };
 
 // The stable, lower-case name of a kind ("usage-without-string", ...).
@@ -32,7 +37,7 @@ struct SCheckFinding {
 
 struct SCheckReport {
     std::vector<SCheckFinding> findings;  // at most `detailLimit` per kind
-    std::size_t counts[8] = {};           // every finding, by kind (ECheckKind order)
+    std::size_t counts[static_cast<int>(ECheckKind::kCheckKindCount)] = {};  // by kind
 
     std::size_t Count(ECheckKind kind) const { return counts[static_cast<int>(kind)]; }
     // Everything but purgeable strings.

@@ -40,6 +40,7 @@ std::unique_ptr<CModelFile> CModelFile::Create(const std::string& path, std::str
         return nullptr;
     }
     auto model = Load(std::move(file));
+    model->InitNewModel();
     if (!model->Save()) {
         if (error) *error = model->GetLastError();
         return nullptr;
@@ -51,6 +52,7 @@ std::unique_ptr<CModelFile> CModelFile::CreateInMemory() {
     auto file = CZmfFile::OpenMemory(kCurrentFormatVersion);
     WriteInitialObjectDefinitions(*file);
     auto model = Load(std::move(file));
+    model->InitNewModel();
     model->Save();
     return model;
 }
@@ -82,6 +84,16 @@ void CModelFile::LoadManagers(const SModelLoadOptions& options) {
     m_names = std::make_unique<CNameSpaceMgr>(m_file.get());
     m_names->Init(options.usageBuckets, options.stringBuckets, options.stringsOnly,
                   options.buildRoleIndex, options.deferUsageLoad);
+    m_refs = std::make_unique<CRefObjectMgr>(m_names.get(), m_guids.get(), m_file.get());
+    m_refs->Init();
+    m_dictionary = std::make_unique<CDictObjectMgr>(m_names.get(), m_guids.get(), m_file.get(),
+                                                    m_refs.get(), m_loadedVersion);
+    m_dictionary->Init();
+    m_dictionary->CleanupInvalidDictionaryObjectIDs();
+}
+
+void CModelFile::InitNewModel() {
+    m_dictionary->CreateDiagramSpecificDataDictionary(CString());
 }
 
 bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
@@ -89,6 +101,8 @@ bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
     file.SetFormatVersion(kCurrentFormatVersion);
     m_guids->Save(&file, options.globalIdMaps, options.newIdentity, options.keepIdentity);
     m_names->Save(&file, options.writeUsages, options.purgeStrings);
+    m_refs->Save(&file);
+    m_dictionary->Save(&file);
     // A failed insert shows in the file's error; the transaction then must not be
     // committed half-written.
     const bool ok = !file.HasError() && file.Commit();
@@ -100,6 +114,8 @@ bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
 void CModelFile::ReleaseStorageTables() {
     m_guids->ReleaseStorageTables(0);
     m_names->ReleaseStorageTables(0);
+    m_refs->ReleaseStorageTables();
+    m_dictionary->ReleaseStorageTables();
 }
 
 bool CModelFile::Save(const SModelSaveOptions& options) {

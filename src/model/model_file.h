@@ -13,9 +13,11 @@
 #include <memory>
 #include <string>
 
+#include "dictionary/dict_object_mgr.h"
 #include "identity/global_id_maps.h"
 #include "identity/guid_mgr.h"
 #include "namespace/name_space_mgr.h"
+#include "references/ref_object_mgr.h"
 #include "zmflib/zmf_file.h"
 
 namespace tessmeta {
@@ -44,7 +46,8 @@ class CModelFile {
 
     // A new model file with what a new model gets: an object definition for every
     // meta-class the library knows (ids 1 to 74 in the order of
-    // identity/object_types.def), the built-in usage types, format version 530.
+    // identity/object_types.def), the built-in usage types, the dictionary-object
+    // kinds, the diagram-specific data dictionary ("Main"), format version 530.
     // Fails if `path` exists.
     static std::unique_ptr<CModelFile> Create(const std::string& path, std::string* error);
     // The same model kept in memory only (tests, scratch work).
@@ -66,6 +69,8 @@ class CModelFile {
     DWORD GetLoadedFormatVersion() const { return m_loadedVersion; }
     CGuidMgr& GetGuidMgr() { return *m_guids; }
     CNameSpaceMgr& GetNameSpaceMgr() { return *m_names; }
+    CRefObjectMgr& GetRefObjectMgr() { return *m_refs; }
+    CDictObjectMgr& GetDictObjectMgr() { return *m_dictionary; }
 
     // Saves every manager into the model's own file as format version 530 and
     // commits. False (with GetLastError) when the record store failed.
@@ -79,6 +84,8 @@ class CModelFile {
   private:
     explicit CModelFile(std::unique_ptr<CZmfFile> file);
     void LoadManagers(const SModelLoadOptions& options);
+    // What a model made from nothing gets beyond its loaded tables.
+    void InitNewModel();
     bool SaveInto(CZmfFile& file, const SModelSaveOptions& options);
     void ReleaseStorageTables();
 
@@ -87,6 +94,8 @@ class CModelFile {
     // Declared after the file: destroyed first, while the file still exists.
     std::unique_ptr<CGuidMgr> m_guids;
     std::unique_ptr<CNameSpaceMgr> m_names;
+    std::unique_ptr<CRefObjectMgr> m_refs;
+    std::unique_ptr<CDictObjectMgr> m_dictionary;  // uses m_refs: destroyed before it
     std::string m_lastError;
 };
 

@@ -89,7 +89,8 @@ SGenerateSummary GenerateModel(CModelFile& model, const SGenerateOptions& option
     guids.CreateObjectDomain(static_cast<ULONG>(diagramId), "Generated diagram", "DIAGRAM", guid,
                              0);
     addText(diagramId, "Generated diagram", "Diagram Name", false);
-    summary.objects = 2;
+    // Objects the model had already (a new model's data dictionary) count too.
+    summary.objects = static_cast<std::uint64_t>(guids.GetUniqueObjCount());
 
     char name[64];
     for (std::uint64_t i = summary.objects; i < options.objects; ++i) {

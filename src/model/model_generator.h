@@ -8,7 +8,7 @@
 namespace tessmeta {
 
 struct SGenerateOptions {
-    std::uint64_t objects = 1000;  // unique objects in all, the model and diagram included
+    std::uint64_t objects = 1000;  // unique objects in all, those the model had included
     std::uint32_t seed = 1;
 };
 

@@ -1,0 +1,48 @@
+// The twelve kinds of dictionary item, by their fixed code and exact name.
+//
+// A model stores its kinds in the "Dictionary_Object_Type" table under keys of its
+// own; only the code and the name are fixed, and a kind is always found by name.
+#pragma once
+
+#include "platform/types.h"
+
+namespace tessmeta {
+
+enum EDictObjectKind : DWORD {
+    kDictTrigger = 1,
+    kDictLibrary = 2,
+    kDictProcedure = 3,
+    kDictDefault = 4,
+    kDictRule = 5,
+    kDictUserDatatype = 6,
+    kDictDomain = 7,
+    kDictReferenceValue = 8,
+    kDictAttachmentType = 9,
+    kDictValidAttachmentType = 10,
+    kDictAttachment = 11,
+    kDictObjectLink = 12,
+};
+inline constexpr DWORD kDictObjectKindCount = 12;
+
+// The exact row name of kind `code`; null for a code outside 1 to 12.
+inline const char* DictObjectKindName(DWORD code) {
+    static constexpr const char* kNames[kDictObjectKindCount + 1] = {nullptr,
+                                                                     "Trigger",
+                                                                     "Library",
+                                                                     "Procedure",
+                                                                     "Default",
+                                                                     "Rule",
+                                                                     "UserDatatype",
+                                                                     "Domain",
+                                                                     "Reference Value",
+                                                                     "Attachment Type",
+                                                                     "Valid Attachment Type",
+                                                                     "Attachment",
+                                                                     "Dictionary Object Link"};
+    return code >= 1 && code <= kDictObjectKindCount ? kNames[code] : nullptr;
+}
+
+// The meta-table key under which bound dictionary objects bind reference values.
+inline constexpr DWORD kReferenceValueBindingMetaTable = 8;
+
+}  // namespace tessmeta
