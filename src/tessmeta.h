@@ -4,8 +4,10 @@
 
 #include "zmflib.h"
 
+#include "dictionary/dict_object_mgr.h"
 #include "foundation/balanced_tree.h"
 #include "foundation/enh_services.h"
+#include "foundation/enh_indexes.h"
 #include "foundation/enh_table.h"
 #include "foundation/enh_table_base.h"
 #include "identity/global_id_maps.h"
@@ -17,3 +19,4 @@
 #include "model/model_generator.h"
 #include "namespace/name_space_mgr.h"
 #include "platform/cobject.h"
+#include "references/ref_object_mgr.h"

@@ -53,4 +53,35 @@ class CRawUniqueObjectScan {
     sqlite3_stmt* m_stmt = nullptr;
 };
 
+// Raw baselines for any table of the catalogue.
+//
+// A scan: a sqlite3_step loop that reads every column of the table, in stored order,
+// into plain buffers (integers as int64, texts as std::string, dates as double), as a
+// hand-written loader would.
+class CRawTableScan {
+  public:
+    CRawTableScan(const std::string& path, const SZmfTableDesc& desc);
+    ~CRawTableScan();
+    CRawTableScan(const CRawTableScan&) = delete;
+    CRawTableScan& operator=(const CRawTableScan&) = delete;
+    // Reads every row; returns the row count.
+    size_t Run();
+
+  private:
+    const SZmfTableDesc& m_desc;
+    sqlite3* m_db;
+    sqlite3_stmt* m_stmt = nullptr;
+};
+
+// A save: the rows replace the table's in one transaction, through prepared
+// INSERTs of `batch` rows each (single-row ones for the tail), then the commit.
+// False when the commit failed.
+bool RawSaveRows(const std::string& path, const SZmfTableDesc& desc,
+                 const std::vector<const CDbObjectBase*>& rows, int batch);
+
+// Writes `rows` into table `desc` of the scratch model file `name` (created anew),
+// committed; returns its path.
+std::string CreateTableFile(const std::string& name, const SZmfTableDesc& desc,
+                            const std::vector<const CDbObjectBase*>& rows);
+
 }  // namespace tessmeta::bench
