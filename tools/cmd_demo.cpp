@@ -1,5 +1,6 @@
 // tessmeta demo: a small model through every subsystem present, saved, reopened
 // and verified.
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -85,6 +86,10 @@ int RunDemo(const std::string& path) {
     auto model = CModelFile::Create(path, &error);
     if (!model) return Fail(error);
     const auto expected = BuildDemo(*model);
+    const auto modelObject = std::find_if(expected.begin(), expected.end(), [](const auto& e) {
+        return e.second.typeName == "Model";
+    });
+    const auto layoutAndView = BuildLayoutViewDemo(*model, static_cast<ULONG>(modelObject->first));
     SModelSaveOptions options;
     options.purgeStrings = 1;
     if (!SaveModel(*model, options)) return kExitProblems;
@@ -92,7 +97,8 @@ int RunDemo(const std::string& path) {
 
     auto reopened = OpenModel(path);
     if (!reopened) return kExitProblems;
-    const int problems = Verify(*reopened, expected);
+    const int problems =
+        Verify(*reopened, expected) + VerifyLayoutViewDemo(*reopened, layoutAndView);
     CGuidMgr& guids = reopened->GetGuidMgr();
     int strings = 0;
     LONG id;
@@ -108,6 +114,13 @@ int RunDemo(const std::string& path) {
     std::printf("  string usages      %d\n",
                 reopened->GetNameSpaceMgr().GetStringUsageTable().GetCount());
     std::printf("  objects in repository state: %s\n", guids.HasRepositoryObject() ? "yes" : "no");
+    std::printf("  layout settings    %d parameter values of submodels %u and %u\n",
+                reopened->GetAutoLayoutDataMgr().GetAlgorithmPropertyTable().GetCount(),
+                layoutAndView.submodels[0], layoutAndView.submodels[1]);
+    std::string select(layoutAndView.select.View());
+    for (std::size_t at = select.find('\n'); at != std::string::npos; at = select.find('\n', at))
+        select.insert(++at, "    ");
+    std::printf("  view %u:\n    %s\n", layoutAndView.view, select.c_str());
     std::printf("verified: %s\n", problems ? "NO" : "saved, reopened and identical");
     return problems ? kExitProblems : kExitOk;
 }

@@ -1,43 +1,22 @@
 #include "model/model_check.h"
 
+#include <iterator>
 #include <memory>
 #include <unordered_set>
 
+#include "layout/layout_check.h"
+#include "views/view_check.h"
 #include "zmflib/iterators.h"
 
 namespace tessmeta {
 namespace {
 
-constexpr int kKindCount = 8;
+constexpr int kKindCount = static_cast<int>(ECheckKind::KindCount);
 
 // A short text under which a string is never purged.
 constexpr int kPurgeProofLength = 6;
 
-class CReporter {
-  public:
-    CReporter(SCheckReport& report, std::size_t limit) : m_report(report), m_limit(limit) {}
-
-    void Add(ECheckKind kind, const char* table, std::string detail) {
-        std::size_t& count = m_report.counts[static_cast<int>(kind)];
-        if (count++ < m_limit) m_report.findings.push_back({kind, table, std::move(detail)});
-    }
-
-  private:
-    SCheckReport& m_report;
-    std::size_t m_limit;
-};
-
-template <class Row, class Iterator, class Visit>
-void ForEachRow(CZmfFile& file, const char* table, Visit&& visit) {
-    CTableBase* handle = file.GetTable(table);
-    Iterator it(handle);
-    Row row;
-    while (it.GetNext(&row))
-        visit(row);
-    file.ReleaseTable(&handle, 0);
-}
-
-void CheckDuplicateKeys(CZmfFile& file, CReporter& out) {
+void CheckDuplicateKeys(CZmfFile& file, CCheckReporter& out) {
     for (const SZmfTableDesc* desc : zmf::AllTables()) {
         CTableBase* handle = file.GetTable(desc->name);
         CIteratorBase it(handle);
@@ -56,10 +35,15 @@ void CheckDuplicateKeys(CZmfFile& file, CReporter& out) {
 }  // namespace
 
 const char* CheckKindName(ECheckKind kind) {
-    static const char* const names[kKindCount] = {
+    // clang-format off
+    static const char* const names[] = {
         "store-damage",         "usage-without-string",     "usage-without-usage-type",
         "usage-without-object", "object-with-unknown-type", "object-with-unknown-domain",
-        "duplicate-key",        "purgeable-string"};
+        "duplicate-key",        "purgeable-string",
+        "algorithm-property-without-submodel-algorithm", "algorithm-property-without-name",
+        "algorithm-property-without-data-type",          "view-row-without-view"};
+    // clang-format on
+    static_assert(std::size(names) == kKindCount, "one name per kind");
     return names[static_cast<int>(kind)];
 }
 
@@ -72,23 +56,23 @@ std::size_t SCheckReport::ErrorCount() const {
 
 SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
     SCheckReport report;
-    CReporter out(report, detailLimit);
+    CCheckReporter out(report, detailLimit);
     if (!file.Verify()) out.Add(ECheckKind::StoreDamage, "", file.GetLastError());
 
     std::unordered_set<DWORD> strings, usageTypes, objects, types, domains, usedStrings;
-    ForEachRow<CSmallStringBase, CSmallStringIterator>(
+    ForEachStoredRow<CSmallStringBase, CSmallStringIterator>(
         file, "SmallString", [&](const CSmallStringBase& r) { strings.insert(r.String_ID); });
-    ForEachRow<CStringUsageTypeBase, CStringUsageTypeIterator>(
+    ForEachStoredRow<CStringUsageTypeBase, CStringUsageTypeIterator>(
         file, "StringUsageType",
         [&](const CStringUsageTypeBase& r) { usageTypes.insert(r.String_Usage_Type_ID); });
-    ForEachRow<CObjectDefinitionBase, CObjectDefinitionIterator>(
+    ForEachStoredRow<CObjectDefinitionBase, CObjectDefinitionIterator>(
         file, "ObjectDefinition",
         [&](const CObjectDefinitionBase& r) { types.insert(r.Object_Type_ID); });
-    ForEachRow<CObject_DomainBase, CObject_DomainIterator>(
+    ForEachStoredRow<CObject_DomainBase, CObject_DomainIterator>(
         file, "Object_Domain",
         [&](const CObject_DomainBase& r) { domains.insert(r.Object_Domain_ID); });
 
-    ForEachRow<CUniqueObjectBase, CUniqueObjectIterator>(
+    ForEachStoredRow<CUniqueObjectBase, CUniqueObjectIterator>(
         file, "UniqueObject", [&](const CUniqueObjectBase& r) {
             objects.insert(r.Unique_Object_ID);
             const auto type = static_cast<DWORD>(static_cast<LONG>(r.Object_Type_ID));
@@ -103,7 +87,7 @@ SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
                             std::to_string(r.Object_Domain_ID) + " does not exist");
         });
 
-    ForEachRow<CStringUsageBase, CStringUsageIterator>(
+    ForEachStoredRow<CStringUsageBase, CStringUsageIterator>(
         file, "StringUsage", [&](const CStringUsageBase& r) {
             usedStrings.insert(r.String_ID);
             const std::string usage = "usage " + std::to_string(r.String_Usage_ID) + ": ";
@@ -120,7 +104,7 @@ SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
                     usage + "object " + std::to_string(r.Object_ID) + " is not a unique object");
         });
 
-    ForEachRow<CSmallStringBase, CSmallStringIterator>(
+    ForEachStoredRow<CSmallStringBase, CSmallStringIterator>(
         file, "SmallString", [&](const CSmallStringBase& r) {
             if (usedStrings.count(r.String_ID)) return;
             if (r.Text.GetLength() < kPurgeProofLength && static_cast<LONG>(r.Large_Flag) == 0)
@@ -129,6 +113,8 @@ SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
                     "string " + std::to_string(r.String_ID) + " has no usage");
         });
 
+    CheckLayoutTables(file, out);
+    CheckViewTables(file, out);
     CheckDuplicateKeys(file, out);
     return report;
 }

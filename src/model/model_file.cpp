@@ -82,6 +82,10 @@ void CModelFile::LoadManagers(const SModelLoadOptions& options) {
     m_names = std::make_unique<CNameSpaceMgr>(m_file.get());
     m_names->Init(options.usageBuckets, options.stringBuckets, options.stringsOnly,
                   options.buildRoleIndex, options.deferUsageLoad);
+    m_layout = std::make_unique<CAutoLayoutDataMgr>(m_file.get(), m_guids.get());
+    m_layout->Init();
+    m_views = std::make_unique<CViewMetaDataMgr>(m_names.get(), m_guids.get(), m_file.get());
+    m_views->Init();
 }
 
 bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
@@ -89,6 +93,8 @@ bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
     file.SetFormatVersion(kCurrentFormatVersion);
     m_guids->Save(&file, options.globalIdMaps, options.newIdentity, options.keepIdentity);
     m_names->Save(&file, options.writeUsages, options.purgeStrings);
+    m_layout->Save(&file);
+    m_views->Save(&file);
     // A failed insert shows in the file's error; the transaction then must not be
     // committed half-written.
     const bool ok = !file.HasError() && file.Commit();
@@ -100,6 +106,8 @@ bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
 void CModelFile::ReleaseStorageTables() {
     m_guids->ReleaseStorageTables(0);
     m_names->ReleaseStorageTables(0);
+    m_layout->ReleaseStorageTables(0);
+    m_views->ReleaseStorageTables(0);
 }
 
 bool CModelFile::Save(const SModelSaveOptions& options) {

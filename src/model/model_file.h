@@ -15,7 +15,9 @@
 
 #include "identity/global_id_maps.h"
 #include "identity/guid_mgr.h"
+#include "layout/auto_layout_data_mgr.h"
 #include "namespace/name_space_mgr.h"
+#include "views/view_meta_data_mgr.h"
 #include "zmflib/zmf_file.h"
 
 namespace tessmeta {
@@ -44,7 +46,8 @@ class CModelFile {
 
     // A new model file with what a new model gets: an object definition for every
     // meta-class the library knows (ids 1 to 74 in the order of
-    // identity/object_types.def), the built-in usage types, format version 530.
+    // identity/object_types.def), the built-in usage types, the constant layout
+    // tables, format version 530.
     // Fails if `path` exists.
     static std::unique_ptr<CModelFile> Create(const std::string& path, std::string* error);
     // The same model kept in memory only (tests, scratch work).
@@ -66,6 +69,8 @@ class CModelFile {
     DWORD GetLoadedFormatVersion() const { return m_loadedVersion; }
     CGuidMgr& GetGuidMgr() { return *m_guids; }
     CNameSpaceMgr& GetNameSpaceMgr() { return *m_names; }
+    CAutoLayoutDataMgr& GetAutoLayoutDataMgr() { return *m_layout; }
+    CViewMetaDataMgr& GetViewMetaDataMgr() { return *m_views; }
 
     // Saves every manager into the model's own file as format version 530 and
     // commits. False (with GetLastError) when the record store failed.
@@ -87,6 +92,9 @@ class CModelFile {
     // Declared after the file: destroyed first, while the file still exists.
     std::unique_ptr<CGuidMgr> m_guids;
     std::unique_ptr<CNameSpaceMgr> m_names;
+    // After the managers they borrow: destroyed before them.
+    std::unique_ptr<CAutoLayoutDataMgr> m_layout;
+    std::unique_ptr<CViewMetaDataMgr> m_views;
     std::string m_lastError;
 };
 
