@@ -7,10 +7,13 @@
 //  - Loading: the five layout tables of a file with those 100,000 values against a
 //    sqlite3_step loop reading the two settings tables' columns into structs.
 //  - Deleting views: 1,000 views of 4 components, 16 columns, 12 fields, 12 field
-//    columns and 8 column usages each, deleted with their cascades; the baseline
-//    erases the same number of rows from std::unordered_maps keyed by row key.
+//    columns and 8 column usages each, deleted with their cascades (rows, unique
+//    objects, text usages), with distinct and with shared names; the baseline erases
+//    as many rows, objects and usages from std::unordered_maps by key.
 #include <benchmark/benchmark.h>
 
+#include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -164,20 +167,31 @@ void BM_BaselineRawScan(benchmark::State& state) {
 
 constexpr ULONG kViews = 1000;
 constexpr int kRowsPerView = 1 + 4 + 16 + 12 + 12 + 8;
+constexpr int kTextsPerView = 4 * 2 + 16 + 12;
 
-// Builds the views of the deletion benchmark; returns their keys.
-std::vector<ULONG> BuildViews(CViewMetaDataMgr& views) {
+// Builds the views of the deletion benchmark; returns their keys. With `shared`, every
+// view names its parts alike ("T", "t", "col", "f"), as real views share column
+// names; else every text is a string of its own.
+std::vector<ULONG> BuildViews(CViewMetaDataMgr& views, bool shared) {
+    auto text = [shared](const char* stem, ULONG n) {
+        std::string name(stem);
+        if (!shared) name.append(std::to_string(n));
+        return CString(name.c_str());
+    };
     std::vector<ULONG> keys;
     for (ULONG v = 0; v < kViews; ++v) {
         const ULONG view = views.InsertView(1, {}, 0);
         std::vector<ULONG> columns;
         for (ULONG c = 0; c < 4; ++c) {
-            const ULONG component = views.InsertViewComponent(view, 0, "T", "t", c);
-            for (int i = 0; i < 4; ++i)
-                columns.push_back(views.InsertViewColumn(view, component, 0, "col"));
+            const ULONG component =
+                views.InsertViewComponent(view, 0, text("T", v * 4 + c), text("t", v * 4 + c), c);
+            for (ULONG i = 0; i < 4; ++i)
+                columns.push_back(
+                    views.InsertViewColumn(view, component, 0, text("col", v * 16 + c * 4 + i)));
         }
         for (ULONG f = 0; f < 12; ++f)
-            views.InsertViewFieldColumn(views.InsertViewField(view, "f", "", f), columns[f], 1);
+            views.InsertViewFieldColumn(views.InsertViewField(view, text("f", v * 12 + f), "", f),
+                                        columns[f], 1);
         for (ULONG u = 0; u < 8; ++u)
             views.InsertViewColumnUsage(columns[u], tessmeta::kViewClauseGroupBy, u, 0);
         keys.push_back(view);
@@ -186,11 +200,12 @@ std::vector<ULONG> BuildViews(CViewMetaDataMgr& views) {
 }
 
 void BM_DeleteViews(benchmark::State& state) {
+    const bool shared = state.range(0) != 0;
     for (auto _ : state) {
         state.PauseTiming();
         auto model = tessmeta::CModelFile::CreateInMemory();
         CViewMetaDataMgr& views = model->GetViewMetaDataMgr();
-        const auto keys = BuildViews(views);
+        const auto keys = BuildViews(views, shared);
         state.ResumeTiming();
         for (ULONG key : keys)
             views.DeleteView(key);
@@ -199,22 +214,33 @@ void BM_DeleteViews(benchmark::State& state) {
         model.reset();
         state.ResumeTiming();
     }
+    state.SetLabel(shared ? "shared names" : "distinct names");
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * kViews * kRowsPerView);
 }
 
+// The same bookkeeping in standard maps: per row its table row, its unique object
+// and its text usages, erased by key.
 void BM_BaselineUnorderedMapErase(benchmark::State& state) {
     for (auto _ : state) {
         state.PauseTiming();
         std::vector<std::unordered_map<ULONG, std::array<ULONG, 6>>> tables(6);
+        std::unordered_map<ULONG, std::array<ULONG, 12>> objects;
+        std::unordered_map<uint64_t, ULONG> usages;
         ULONG key = 0;
         for (ULONG v = 0; v < kViews; ++v)
-            for (int r = 0; r < kRowsPerView; ++r)
+            for (int r = 0; r < kRowsPerView; ++r) {
                 tables[static_cast<size_t>(r % 6)][++key] = {v};
+                objects[key] = {v};
+                if (r < kTextsPerView) usages[uint64_t{key} << 8 | 1] = key;
+            }
         state.ResumeTiming();
         key = 0;
         for (ULONG v = 0; v < kViews; ++v)
-            for (int r = 0; r < kRowsPerView; ++r)
+            for (int r = 0; r < kRowsPerView; ++r) {
                 tables[static_cast<size_t>(r % 6)].erase(++key);
+                objects.erase(key);
+                usages.erase(uint64_t{key} << 8 | 1);
+            }
         benchmark::DoNotOptimize(tables.data());
     }
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * kViews * kRowsPerView);
@@ -225,7 +251,7 @@ BENCHMARK(BM_SetParametersAgain)->Unit(benchmark::kMillisecond)->MinTime(2);
 BENCHMARK(BM_BaselineUnorderedMapAssign)->Unit(benchmark::kMillisecond)->MinTime(2);
 BENCHMARK(BM_LoadLayoutTables)->Unit(benchmark::kMillisecond)->MinTime(2);
 BENCHMARK(BM_BaselineRawScan)->Unit(benchmark::kMillisecond)->MinTime(2);
-BENCHMARK(BM_DeleteViews)->Unit(benchmark::kMillisecond)->MinTime(2);
+BENCHMARK(BM_DeleteViews)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(2);
 BENCHMARK(BM_BaselineUnorderedMapErase)->Unit(benchmark::kMillisecond)->MinTime(2);
 
 }  // namespace
