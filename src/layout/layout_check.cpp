@@ -5,18 +5,18 @@
 
 namespace tessmeta {
 
-void CheckLayoutTables(CZmfFile& file, CCheckReporter& out) {
+void CheckLayoutTables(CZmfFile& file, CReporter& out) {
     std::unordered_set<DWORD> pairs, names, types;
-    ForEachStoredRow<CSubmodel_AlgorithmBase, CSubmodel_AlgorithmIterator>(
+    ForEachRow<CSubmodel_AlgorithmBase>(
         file, "Submodel_Algorithm",
         [&](const CSubmodel_AlgorithmBase& r) { pairs.insert(r.Submodel_Algorithm_ID); });
-    ForEachStoredRow<CLayout_Property_NameBase, CLayout_Property_NameIterator>(
+    ForEachRow<CLayout_Property_NameBase>(
         file, "Layout_Property_Name",
         [&](const CLayout_Property_NameBase& r) { names.insert(r.Layout_Property_Name_ID); });
-    ForEachStoredRow<CData_TypeBase, CData_TypeIterator>(
-        file, "Data_Type", [&](const CData_TypeBase& r) { types.insert(r.Data_Type_ID); });
+    ForEachRow<CData_TypeBase>(file, "Data_Type",
+                               [&](const CData_TypeBase& r) { types.insert(r.Data_Type_ID); });
 
-    ForEachStoredRow<CAlgorithm_PropertyBase, CAlgorithm_PropertyIterator>(
+    ForEachRow<CAlgorithm_PropertyBase>(
         file, "Algorithm_Property", [&](const CAlgorithm_PropertyBase& r) {
             auto report = [&](ECheckKind kind, const char* what, DWORD id) {
                 out.Add(kind, "Algorithm_Property",

@@ -1,6 +1,7 @@
 #include "model/model_check.h"
 
-#include <iterator>
+#include "model/model_check_detail.h"
+
 #include <memory>
 #include <unordered_set>
 
@@ -11,12 +12,10 @@
 namespace tessmeta {
 namespace {
 
-constexpr int kKindCount = static_cast<int>(ECheckKind::KindCount);
-
 // A short text under which a string is never purged.
 constexpr int kPurgeProofLength = 6;
 
-void CheckDuplicateKeys(CZmfFile& file, CCheckReporter& out) {
+void CheckDuplicateKeys(CZmfFile& file, CReporter& out) {
     for (const SZmfTableDesc* desc : zmf::AllTables()) {
         CTableBase* handle = file.GetTable(desc->name);
         CIteratorBase it(handle);
@@ -35,83 +34,82 @@ void CheckDuplicateKeys(CZmfFile& file, CCheckReporter& out) {
 }  // namespace
 
 const char* CheckKindName(ECheckKind kind) {
-    // clang-format off
-    static const char* const names[] = {
-        "store-damage",         "usage-without-string",     "usage-without-usage-type",
-        "usage-without-object", "object-with-unknown-type", "object-with-unknown-domain",
-        "duplicate-key",        "purgeable-string",
-        "algorithm-property-without-submodel-algorithm", "algorithm-property-without-name",
-        "algorithm-property-without-data-type",          "view-row-without-view"};
-    // clang-format on
-    static_assert(std::size(names) == kKindCount, "one name per kind");
+    static const char* const names[kCheckKindCount] = {
+        "store-damage",
+        "usage-without-string",
+        "usage-without-usage-type",
+        "usage-without-object",
+        "object-with-unknown-type",
+        "object-with-unknown-domain",
+        "duplicate-key",
+        "purgeable-string",
+        "algorithm-property-without-submodel-algorithm",
+        "algorithm-property-without-name",
+        "algorithm-property-without-data-type",
+        "view-row-without-view"};
     return names[static_cast<int>(kind)];
 }
 
 std::size_t SCheckReport::ErrorCount() const {
     std::size_t errors = 0;
-    for (int k = 0; k < kKindCount; ++k)
+    for (int k = 0; k < kCheckKindCount; ++k)
         if (k != static_cast<int>(ECheckKind::PurgeableString)) errors += counts[k];
     return errors;
 }
 
 SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
     SCheckReport report;
-    CCheckReporter out(report, detailLimit);
+    CReporter out(report, detailLimit);
     if (!file.Verify()) out.Add(ECheckKind::StoreDamage, "", file.GetLastError());
 
     std::unordered_set<DWORD> strings, usageTypes, objects, types, domains, usedStrings;
-    ForEachStoredRow<CSmallStringBase, CSmallStringIterator>(
-        file, "SmallString", [&](const CSmallStringBase& r) { strings.insert(r.String_ID); });
-    ForEachStoredRow<CStringUsageTypeBase, CStringUsageTypeIterator>(
-        file, "StringUsageType",
-        [&](const CStringUsageTypeBase& r) { usageTypes.insert(r.String_Usage_Type_ID); });
-    ForEachStoredRow<CObjectDefinitionBase, CObjectDefinitionIterator>(
+    ForEachRow<CSmallStringBase>(file, "SmallString",
+                                 [&](const CSmallStringBase& r) { strings.insert(r.String_ID); });
+    ForEachRow<CStringUsageTypeBase>(file, "StringUsageType", [&](const CStringUsageTypeBase& r) {
+        usageTypes.insert(r.String_Usage_Type_ID);
+    });
+    ForEachRow<CObjectDefinitionBase>(
         file, "ObjectDefinition",
         [&](const CObjectDefinitionBase& r) { types.insert(r.Object_Type_ID); });
-    ForEachStoredRow<CObject_DomainBase, CObject_DomainIterator>(
-        file, "Object_Domain",
-        [&](const CObject_DomainBase& r) { domains.insert(r.Object_Domain_ID); });
+    ForEachRow<CObject_DomainBase>(file, "Object_Domain", [&](const CObject_DomainBase& r) {
+        domains.insert(r.Object_Domain_ID);
+    });
 
-    ForEachStoredRow<CUniqueObjectBase, CUniqueObjectIterator>(
-        file, "UniqueObject", [&](const CUniqueObjectBase& r) {
-            objects.insert(r.Unique_Object_ID);
-            const auto type = static_cast<DWORD>(static_cast<LONG>(r.Object_Type_ID));
-            if (!types.count(type))
-                out.Add(ECheckKind::ObjectWithUnknownType, "UniqueObject",
-                        "object " + std::to_string(r.Unique_Object_ID) + ": type " +
-                            std::to_string(static_cast<LONG>(r.Object_Type_ID)) +
-                            " is not an object definition");
-            if (r.Object_Domain_ID != 0 && !domains.count(r.Object_Domain_ID))
-                out.Add(ECheckKind::ObjectWithUnknownDomain, "UniqueObject",
-                        "object " + std::to_string(r.Unique_Object_ID) + ": domain " +
-                            std::to_string(r.Object_Domain_ID) + " does not exist");
-        });
+    ForEachRow<CUniqueObjectBase>(file, "UniqueObject", [&](const CUniqueObjectBase& r) {
+        objects.insert(r.Unique_Object_ID);
+        const auto type = static_cast<DWORD>(static_cast<LONG>(r.Object_Type_ID));
+        if (!types.count(type))
+            out.Add(ECheckKind::ObjectWithUnknownType, "UniqueObject",
+                    "object " + std::to_string(r.Unique_Object_ID) + ": type " +
+                        std::to_string(static_cast<LONG>(r.Object_Type_ID)) +
+                        " is not an object definition");
+        if (r.Object_Domain_ID != 0 && !domains.count(r.Object_Domain_ID))
+            out.Add(ECheckKind::ObjectWithUnknownDomain, "UniqueObject",
+                    "object " + std::to_string(r.Unique_Object_ID) + ": domain " +
+                        std::to_string(r.Object_Domain_ID) + " does not exist");
+    });
 
-    ForEachStoredRow<CStringUsageBase, CStringUsageIterator>(
-        file, "StringUsage", [&](const CStringUsageBase& r) {
-            usedStrings.insert(r.String_ID);
-            const std::string usage = "usage " + std::to_string(r.String_Usage_ID) + ": ";
-            if (!strings.count(r.String_ID))
-                out.Add(ECheckKind::UsageWithoutString, "StringUsage",
-                        usage + "string " + std::to_string(r.String_ID) + " does not exist");
-            if (!usageTypes.count(r.String_Usage_Type_ID))
-                out.Add(ECheckKind::UsageWithoutUsageType, "StringUsage",
-                        usage + "usage type " + std::to_string(r.String_Usage_Type_ID) +
-                            " does not exist");
-            if (!objects.count(r.Object_ID))
-                out.Add(
-                    ECheckKind::UsageWithoutObject, "StringUsage",
+    ForEachRow<CStringUsageBase>(file, "StringUsage", [&](const CStringUsageBase& r) {
+        usedStrings.insert(r.String_ID);
+        const std::string usage = "usage " + std::to_string(r.String_Usage_ID) + ": ";
+        if (!strings.count(r.String_ID))
+            out.Add(ECheckKind::UsageWithoutString, "StringUsage",
+                    usage + "string " + std::to_string(r.String_ID) + " does not exist");
+        if (!usageTypes.count(r.String_Usage_Type_ID))
+            out.Add(
+                ECheckKind::UsageWithoutUsageType, "StringUsage",
+                usage + "usage type " + std::to_string(r.String_Usage_Type_ID) + " does not exist");
+        if (!objects.count(r.Object_ID))
+            out.Add(ECheckKind::UsageWithoutObject, "StringUsage",
                     usage + "object " + std::to_string(r.Object_ID) + " is not a unique object");
-        });
+    });
 
-    ForEachStoredRow<CSmallStringBase, CSmallStringIterator>(
-        file, "SmallString", [&](const CSmallStringBase& r) {
-            if (usedStrings.count(r.String_ID)) return;
-            if (r.Text.GetLength() < kPurgeProofLength && static_cast<LONG>(r.Large_Flag) == 0)
-                return;
-            out.Add(ECheckKind::PurgeableString, "SmallString",
-                    "string " + std::to_string(r.String_ID) + " has no usage");
-        });
+    ForEachRow<CSmallStringBase>(file, "SmallString", [&](const CSmallStringBase& r) {
+        if (usedStrings.count(r.String_ID)) return;
+        if (r.Text.GetLength() < kPurgeProofLength && static_cast<LONG>(r.Large_Flag) == 0) return;
+        out.Add(ECheckKind::PurgeableString, "SmallString",
+                "string " + std::to_string(r.String_ID) + " has no usage");
+    });
 
     CheckLayoutTables(file, out);
     CheckViewTables(file, out);
