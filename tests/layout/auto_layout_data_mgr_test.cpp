@@ -281,6 +281,37 @@ TEST(AutoLayout, GetTablePtrAnswersOnlyFor1And94WhileTheTablesAreHeld) {
     EXPECT_EQ(mgr.GetTablePtr(94), nullptr);
 }
 
+// A save reports a table whose last row could not be written, and still writes the
+// other tables; a manager without a file works in memory and saves nothing.
+TEST(AutoLayout, SaveReportsAFailedTableAndWithoutAFileNothingIsSaved) {
+    const std::pair<const char*, ULONG> tables[] = {{"Layout_Algorithm", 4},
+                                                    {"Data_Type", 2},
+                                                    {"Layout_Property_Name", 55},
+                                                    {"Submodel_Algorithm", 1},
+                                                    {"Algorithm_Property", 2}};
+    for (const auto& [failing, rows] : tables) {
+        SCOPED_TRACE(failing);
+        auto file = CZmfFile::OpenMemory();
+        CAutoLayoutDataMgr mgr(file.get(), nullptr);
+        mgr.Init();
+        mgr.UpdateSubmodelAlgorithmProperty(1, 1, "FORCE_FLAGS", "Integer", "1");
+        mgr.UpdateSubmodelAlgorithmProperty(1, 1, "FORCE_ARG1", "Float", "2.5");
+        file->GetTable(failing)->FailInsertCalls({rows});
+        EXPECT_EQ(mgr.Save(file.get()), 0);
+        mgr.ReleaseStorageTables(0);
+        for (const auto& [name, count] : tables) {
+            if (name == failing) continue;
+            EXPECT_EQ(file->GetTable(name)->GetCount(), count) << name;
+        }
+    }
+
+    CAutoLayoutDataMgr detached(nullptr, nullptr);
+    EXPECT_EQ(detached.Init(), 1);
+    EXPECT_EQ(detached.GetLayoutPropertyNameTable().GetCount(), 55);
+    EXPECT_EQ(detached.Save(nullptr), 0);
+    EXPECT_EQ(detached.GetTablePtr(1), nullptr);
+}
+
 // Through the model: a new model file holds the constant tables; settings survive
 // a save and a reopen; the check names values that point nowhere.
 TEST(AutoLayout, SettingsSurviveReopeningAndTheCheckFindsDanglingValues) {
