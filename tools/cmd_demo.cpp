@@ -1,5 +1,6 @@
 // tessmeta demo: a small model through every subsystem present, saved, reopened
 // and verified.
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -52,9 +53,10 @@ std::map<int, SExpected> BuildDemo(CModelFile& model) {
     return expected;
 }
 
-ULONG FirstEntity(const std::map<int, SExpected>& expected) {
+// The first demo object of a type.
+ULONG FirstOfType(const std::map<int, SExpected>& expected, const char* type) {
     for (const auto& [id, object] : expected)
-        if (object.typeName == "Entity") return static_cast<ULONG>(id);
+        if (object.typeName == type) return static_cast<ULONG>(id);
     return 0;
 }
 
@@ -91,7 +93,8 @@ int RunDemo(const std::string& path) {
     auto model = CModelFile::Create(path, &error);
     if (!model) return Fail(error);
     const auto expected = BuildDemo(*model);
-    const auto dictionaryDemo = BuildDictionaryDemo(*model, FirstEntity(expected));
+    const auto dictionaryDemo = BuildDictionaryDemo(*model, FirstOfType(expected, "Entity"));
+    const auto layoutAndView = BuildLayoutViewDemo(*model, FirstOfType(expected, "Model"));
     SModelSaveOptions options;
     options.purgeStrings = 1;
     if (!SaveModel(*model, options)) return kExitProblems;
@@ -99,8 +102,9 @@ int RunDemo(const std::string& path) {
 
     auto reopened = OpenModel(path);
     if (!reopened) return kExitProblems;
-    const int problems =
-        Verify(*reopened, expected) + VerifyDictionaryDemo(*reopened, *dictionaryDemo);
+    const int problems = Verify(*reopened, expected) +
+                         VerifyDictionaryDemo(*reopened, *dictionaryDemo) +
+                         VerifyLayoutViewDemo(*reopened, layoutAndView);
     CGuidMgr& guids = reopened->GetGuidMgr();
     int strings = 0;
     LONG id;
@@ -117,6 +121,13 @@ int RunDemo(const std::string& path) {
                 reopened->GetNameSpaceMgr().GetStringUsageTable().GetCount());
     PrintDictionarySummary(*reopened);
     std::printf("  objects in repository state: %s\n", guids.HasRepositoryObject() ? "yes" : "no");
+    std::printf("  layout settings    %d parameter values of submodels %u and %u\n",
+                reopened->GetAutoLayoutDataMgr().GetAlgorithmPropertyTable().GetCount(),
+                layoutAndView.submodels[0], layoutAndView.submodels[1]);
+    std::string select(layoutAndView.select.View());
+    for (std::size_t at = select.find('\n'); at != std::string::npos; at = select.find('\n', at))
+        select.insert(++at, "    ");
+    std::printf("  view %u:\n    %s\n", layoutAndView.view, select.c_str());
     std::printf("verified: %s\n", problems ? "NO" : "saved, reopened and identical");
     return problems ? kExitProblems : kExitOk;
 }

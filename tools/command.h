@@ -49,5 +49,22 @@ int RunUpgrade(const std::string& path, const std::string& output);
 int RunPurge(const std::string& path);
 int RunGen(const std::string& path, std::uint64_t objects, std::uint32_t seed);
 int RunDemo(const std::string& path);
+// The layout settings of one submodel (0: of every submodel that has any).
+int RunLayout(const std::string& path, std::uint32_t submodelId);
+
+// What info shows of the layout settings and the views.
+void PrintLayoutAndViewSummary(CModelFile& model);
+
+// The layout settings and the view the demo stores, and what it must read back.
+struct SLayoutViewDemo {
+    ULONG submodels[2] = {};
+    ULONG view = 0;
+    std::string settings;  // every parameter value of the two submodels
+    CString select;        // the view's SELECT
+};
+// Stores settings for two new submodels and a view with fields in model `modelId`.
+SLayoutViewDemo BuildLayoutViewDemo(CModelFile& model, ULONG modelId);
+// The problems found in the reopened model, each printed.
+int VerifyLayoutViewDemo(CModelFile& model, const SLayoutViewDemo& demo);
 
 }  // namespace tessmeta::tool

@@ -14,7 +14,7 @@ int main(int argc, char** argv) {
 
     std::string file, output, table, format = "text";
     std::uint64_t objects = 0;
-    std::uint32_t seed = 1;
+    std::uint32_t seed = 1, submodel = 0;
     auto addFile = [&](CLI::App* cmd, const char* what) {
         cmd->add_option("FILE", file, what)->required();
     };
@@ -56,6 +56,12 @@ int main(int argc, char** argv) {
         "demo", "Build a small model, save it, reopen it, verify it and print a summary");
     addFile(cmdDemo, "the .zmf file to create (must not exist)");
 
+    auto* cmdLayout = app.add_subcommand(
+        "layout", "Print the automatic layout settings of a submodel, or of every submodel");
+    addFile(cmdLayout, "a model file");
+    cmdLayout->add_option("--submodel", submodel, "only this submodel (its object id)")
+        ->check(CLI::Range(std::uint32_t{1}, UINT32_MAX));
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -73,5 +79,6 @@ int main(int argc, char** argv) {
     if (*cmdUpgrade) return RunUpgrade(file, output);
     if (*cmdPurge) return RunPurge(file);
     if (*cmdGen) return RunGen(file, objects, seed);
+    if (*cmdLayout) return RunLayout(file, submodel);
     return RunDemo(file);
 }

@@ -5,6 +5,8 @@
 #include <memory>
 #include <unordered_set>
 
+#include "layout/layout_check.h"
+#include "views/view_check.h"
 #include "zmflib/iterators.h"
 
 namespace tessmeta {
@@ -33,18 +35,10 @@ void CheckDuplicateKeys(CZmfFile& file, CReporter& out) {
 
 const char* CheckKindName(ECheckKind kind) {
     static const char* const names[kCheckKindCount] = {
-        "store-damage",
-        "usage-without-string",
-        "usage-without-usage-type",
-        "usage-without-object",
-        "object-with-unknown-type",
-        "object-with-unknown-domain",
-        "duplicate-key",
-        "purgeable-string",
-        "dictionary-object-with-unknown-kind",
-        "dictionary-item-without-registry-row",
-        "dictionary-object-with-unknown-data-dictionary",
-        "binding-without-dictionary-object"};
+#define TESSMETA_CHECK_KIND_NAME(kind, name) name,
+        TESSMETA_CHECK_KINDS(TESSMETA_CHECK_KIND_NAME)
+#undef TESSMETA_CHECK_KIND_NAME
+    };
     return names[static_cast<int>(kind)];
 }
 
@@ -110,6 +104,8 @@ SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
     });
 
     CheckDictionary(file, out);
+    CheckLayoutTables(file, out);
+    CheckViewTables(file, out);
     CheckDuplicateKeys(file, out);
     return report;
 }

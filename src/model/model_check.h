@@ -10,20 +10,40 @@
 
 namespace tessmeta {
 
+// The kinds of finding, each with its stable lower-case name, in report order.
+// Subsystems add theirs at the end.
+#define TESSMETA_CHECK_KINDS(X)                                                                   \
+    /* the database itself is damaged */                                                          \
+    X(StoreDamage, "store-damage")                                                                \
+    /* a string usage names a string id, a usage type or an object that does not exist */         \
+    X(UsageWithoutString, "usage-without-string")                                                 \
+    X(UsageWithoutUsageType, "usage-without-usage-type")                                          \
+    X(UsageWithoutObject, "usage-without-object")                                                 \
+    /* a unique object's type is not in "ObjectDefinition", its domain does not exist */          \
+    X(ObjectWithUnknownType, "object-with-unknown-type")                                          \
+    X(ObjectWithUnknownDomain, "object-with-unknown-domain")                                      \
+    /* two rows of one table share a key */                                                       \
+    X(DuplicateKey, "duplicate-key")                                                              \
+    /* a string no usage keeps: a purging save drops it (not an error) */                         \
+    X(PurgeableString, "purgeable-string")                                                        \
+    /* registry rows whose kind or data dictionary is missing, item rows without a     */         \
+    /* registry row, bindings whose item is missing                                     */        \
+    X(DictObjectWithUnknownKind, "dictionary-object-with-unknown-kind")                           \
+    X(DictItemWithoutRegistryRow, "dictionary-item-without-registry-row")                         \
+    X(DictObjectWithUnknownDictionary, "dictionary-object-with-unknown-data-dictionary")          \
+    X(BindingWithoutDictObject, "binding-without-dictionary-object")                              \
+    /* layout parameter values whose submodel algorithm, name or data type is missing */          \
+    X(AlgorithmPropertyWithoutSubmodelAlgorithm, "algorithm-property-without-submodel-algorithm") \
+    X(AlgorithmPropertyWithoutName, "algorithm-property-without-name")                            \
+    X(AlgorithmPropertyWithoutDataType, "algorithm-property-without-data-type")                   \
+    /* a row of a view's metadata names no view */                                                \
+    X(ViewRowWithoutView, "view-row-without-view")
+
 enum class ECheckKind {
-    StoreDamage,                 // the database itself is damaged
-    UsageWithoutString,          // a string usage names a string id that does not exist
-    UsageWithoutUsageType,       // ... a usage type that does not exist
-    UsageWithoutObject,          // ... an object that is not a unique object
-    ObjectWithUnknownType,       // a unique object's type is not in "ObjectDefinition"
-    ObjectWithUnknownDomain,     // a unique object's domain id names no domain
-    DuplicateKey,                // two rows of one table share a key
-    PurgeableString,             // a string no usage keeps: a purging save drops it (not an error)
-    DictObjectWithUnknownKind,   // a registry row's kind is not in the kind table
-    DictItemWithoutRegistryRow,  // a dictionary item's row has no registry row
-    DictObjectWithUnknownDictionary,  // a registry row's data dictionary does not exist
-    BindingWithoutDictObject,         // a binding names a dictionary item that does not exist
-    kCheckKindCount
+#define TESSMETA_CHECK_KIND_ENUM(kind, name) kind,
+    TESSMETA_CHECK_KINDS(TESSMETA_CHECK_KIND_ENUM)
+#undef TESSMETA_CHECK_KIND_ENUM
+        kCheckKindCount
 };
 
 // The stable, lower-case name of a kind ("usage-without-string", ...).

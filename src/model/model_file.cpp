@@ -90,6 +90,10 @@ void CModelFile::LoadManagers(const SModelLoadOptions& options) {
                                                     m_refs.get(), m_loadedVersion);
     m_dictionary->Init();
     m_dictionary->CleanupInvalidDictionaryObjectIDs();
+    m_layout = std::make_unique<CAutoLayoutDataMgr>(m_file.get(), m_guids.get());
+    m_layout->Init();
+    m_views = std::make_unique<CViewMetaDataMgr>(m_names.get(), m_guids.get(), m_file.get());
+    m_views->Init();
 }
 
 void CModelFile::InitNewModel() {
@@ -103,6 +107,8 @@ bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
     m_names->Save(&file, options.writeUsages, options.purgeStrings);
     m_refs->Save(&file);
     m_dictionary->Save(&file);
+    m_layout->Save(&file);
+    m_views->Save(&file);
     // A failed insert shows in the file's error; the transaction then must not be
     // committed half-written.
     const bool ok = !file.HasError() && file.Commit();
@@ -116,6 +122,8 @@ void CModelFile::ReleaseStorageTables() {
     m_names->ReleaseStorageTables(0);
     m_refs->ReleaseStorageTables();
     m_dictionary->ReleaseStorageTables();
+    m_layout->ReleaseStorageTables(0);
+    m_views->ReleaseStorageTables(0);
 }
 
 bool CModelFile::Save(const SModelSaveOptions& options) {

@@ -16,8 +16,10 @@
 #include "dictionary/dict_object_mgr.h"
 #include "identity/global_id_maps.h"
 #include "identity/guid_mgr.h"
+#include "layout/auto_layout_data_mgr.h"
 #include "namespace/name_space_mgr.h"
 #include "references/ref_object_mgr.h"
+#include "views/view_meta_data_mgr.h"
 #include "zmflib/zmf_file.h"
 
 namespace tessmeta {
@@ -47,7 +49,8 @@ class CModelFile {
     // A new model file with what a new model gets: an object definition for every
     // meta-class the library knows (ids 1 to 74 in the order of
     // identity/object_types.def), the built-in usage types, the dictionary-object
-    // kinds, the diagram-specific data dictionary ("Main"), format version 530.
+    // kinds, the diagram-specific data dictionary ("Main"), the constant layout
+    // tables, format version 530.
     // Fails if `path` exists.
     static std::unique_ptr<CModelFile> Create(const std::string& path, std::string* error);
     // The same model kept in memory only (tests, scratch work).
@@ -71,6 +74,8 @@ class CModelFile {
     CNameSpaceMgr& GetNameSpaceMgr() { return *m_names; }
     CRefObjectMgr& GetRefObjectMgr() { return *m_refs; }
     CDictObjectMgr& GetDictObjectMgr() { return *m_dictionary; }
+    CAutoLayoutDataMgr& GetAutoLayoutDataMgr() { return *m_layout; }
+    CViewMetaDataMgr& GetViewMetaDataMgr() { return *m_views; }
 
     // Saves every manager into the model's own file as format version 530 and
     // commits. False (with GetLastError) when the record store failed.
@@ -96,6 +101,9 @@ class CModelFile {
     std::unique_ptr<CNameSpaceMgr> m_names;
     std::unique_ptr<CRefObjectMgr> m_refs;
     std::unique_ptr<CDictObjectMgr> m_dictionary;  // uses m_refs: destroyed before it
+    // After the managers they borrow: destroyed before them.
+    std::unique_ptr<CAutoLayoutDataMgr> m_layout;
+    std::unique_ptr<CViewMetaDataMgr> m_views;
     std::string m_lastError;
 };
 

@@ -86,7 +86,8 @@ TEST_F(CommandTest, NewDemoAndInfo) {
     ASSERT_EQ(info.status, 0) << info.err;
     EXPECT_NE(info.out.find("format version 530"), std::string::npos);
     EXPECT_NE(info.out.find(CountLine("ObjectDefinition", 74)), std::string::npos);
-    EXPECT_NE(info.out.find(CountLine("StringUsageType", 121)), std::string::npos);
+    // The 121 built-in usage types and the 7 the view texts add.
+    EXPECT_NE(info.out.find(CountLine("StringUsageType", 128)), std::string::npos);
     EXPECT_NE(info.out.find("objects per type (1 objects)"), std::string::npos);
 
     const SRun again = Run("new " + fresh);
@@ -144,6 +145,12 @@ TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
         {"UPDATE UniqueObject SET Object_Domain_ID = 77 WHERE Unique_Object_ID = 4",
          "object-with-unknown-domain"},
         {"INSERT INTO MetaTable VALUES (5, 'a'), (5, 'b')", "duplicate-key"},
+        {"UPDATE Algorithm_Property SET Submodel_Algorithm_ID = 99",
+         "algorithm-property-without-submodel-algorithm"},
+        {"UPDATE Algorithm_Property SET Layout_Property_Name_ID = 99",
+         "algorithm-property-without-name"},
+        {"UPDATE Algorithm_Property SET Data_Type_ID = 99", "algorithm-property-without-data-type"},
+        {"DELETE FROM View_Table", "view-row-without-view"},
     };
     int n = 0;
     for (auto [sql, kind] : damages) {
@@ -162,6 +169,28 @@ TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
     EXPECT_EQ(run.status, 0);
     EXPECT_NE(run.out.find("purgeable-string: SmallString: string 500 has no usage"),
               std::string::npos);
+}
+
+TEST_F(CommandTest, LayoutPrintsTheSettingsOfOneOrEverySubmodel) {
+    const std::string demo = Demo();
+    const SRun all = Run("layout " + demo);
+    ASSERT_EQ(all.status, 0) << all.err;
+    const std::string submodel =
+        SqlValue(demo, "SELECT Submodel_ID FROM Submodel_Algorithm WHERE Layout_Algorithm_ID = 1");
+    EXPECT_NE(all.out.find("submodel " + submodel + ": 1 algorithm\n"), std::string::npos);
+    EXPECT_NE(all.out.find("  Layered (Layered Layout Algorithm)\n"), std::string::npos);
+    EXPECT_NE(all.out.find("    FORCE_NODE_DIST            Integer  60\n"), std::string::npos);
+
+    const SRun one = Run("layout " + demo + " --submodel " + submodel);
+    ASSERT_EQ(one.status, 0) << one.err;
+    EXPECT_NE(one.out.find("FORCE_NODE_DIST_MAX"), std::string::npos);
+    EXPECT_EQ(one.out.find("Layered"), std::string::npos);
+
+    const SRun none = Run("layout " + demo + " --submodel 9999");
+    EXPECT_EQ(none.status, 1);
+    EXPECT_TRUE(OneLine(none.err)) << none.err;
+    EXPECT_EQ(Run("layout " + demo + " --submodel 0").status, 2);
+    EXPECT_EQ(Run("layout " + dir.File("missing.zmf")).status, 2);
 }
 
 TEST_F(CommandTest, PurgeDropsUnusedStringsAndSaysWhich) {
