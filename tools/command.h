@@ -49,5 +49,7 @@ int RunUpgrade(const std::string& path, const std::string& output);
 int RunPurge(const std::string& path);
 int RunGen(const std::string& path, std::uint64_t objects, std::uint32_t seed);
 int RunDemo(const std::string& path);
+// Creates or refreshes the system libraries and triggers of platform 1, 2 or 3.
+int RunSysMacros(const std::string& path, int platform);
 
 }  // namespace tessmeta::tool

@@ -56,6 +56,16 @@ int main(int argc, char** argv) {
         "demo", "Build a small model, save it, reopen it, verify it and print a summary");
     addFile(cmdDemo, "the .zmf file to create (must not exist)");
 
+    int platform = 0;
+    auto* cmdSysMacros = app.add_subcommand(
+        "sysmacros",
+        "Create or refresh the system trigger libraries and triggers of a database platform "
+        "from the macro templates; print the new keys");
+    addFile(cmdSysMacros, "a model file");
+    cmdSysMacros->add_option("--platform", platform, "1 Transact-SQL, 2 PL/SQL, 3 SQL PL")
+        ->required()
+        ->check(CLI::Range(1, 3));
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -73,5 +83,6 @@ int main(int argc, char** argv) {
     if (*cmdUpgrade) return RunUpgrade(file, output);
     if (*cmdPurge) return RunPurge(file);
     if (*cmdGen) return RunGen(file, objects, seed);
+    if (*cmdSysMacros) return RunSysMacros(file, platform);
     return RunDemo(file);
 }

@@ -44,7 +44,10 @@ const char* CheckKindName(ECheckKind kind) {
         "dictionary-object-with-unknown-kind",
         "dictionary-item-without-registry-row",
         "dictionary-object-with-unknown-data-dictionary",
-        "binding-without-dictionary-object"};
+        "binding-without-dictionary-object",
+        "valid-attachment-type-without-attachment-type",
+        "attachment-without-attachment-type",
+        "attachment-bound-where-not-valid"};
     return names[static_cast<int>(kind)];
 }
 

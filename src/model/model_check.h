@@ -23,6 +23,10 @@ enum class ECheckKind {
     DictItemWithoutRegistryRow,  // a dictionary item's row has no registry row
     DictObjectWithUnknownDictionary,  // a registry row's data dictionary does not exist
     BindingWithoutDictObject,         // a binding names a dictionary item that does not exist
+    ValidAttachmentTypeWithoutType,   // a valid attachment type's attachment type does not exist
+    AttachmentWithoutType,            // an attachment's attachment type does not exist
+    AttachmentBoundWhereNotValid,     // an attachment is bound on a meta table its type does
+                                      // not allow
     kCheckKindCount
 };
 
