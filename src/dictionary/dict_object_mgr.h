@@ -548,6 +548,11 @@ class CDictObjectMgr {
     template <class Table, class InsertRow>
     DWORD CreateItem(DWORD code, Table& table, DWORD dataDictionaryId, DWORD& dictObjectId,
                      BOOL useGivenId, InsertRow&& insertRow);
+    // The creation pattern for an item of an attachment type, in the type's data
+    // dictionary; 0 when the type is missing.
+    template <class Table, class InsertRow>
+    DWORD CreateInTypesDictionary(DWORD code, Table& table, DWORD attachmentTypeId,
+                                  DWORD& dictObjectId, BOOL useGivenId, InsertRow&& insertRow);
     // The deletion pattern.
     template <class Table>
     BOOL DeleteItem(Table& table, DWORD key);

@@ -1,5 +1,6 @@
 // The manager's operations on attachment types, valid attachment types and
 // attachments.
+#include <utility>
 #include <vector>
 
 #include "dictionary/dict_object_mgr.h"
@@ -136,17 +137,25 @@ LONG CDictObjectMgr::GetNameForUniqueAttachmentType(CString& name, CString& desc
 
 // ---- valid attachment types --------------------------------------------------------------
 
+template <class Table, class InsertRow>
+DWORD CDictObjectMgr::CreateInTypesDictionary(DWORD code, Table& table, DWORD attachmentTypeId,
+                                              DWORD& dictObjectId, BOOL useGivenId,
+                                              InsertRow&& insertRow) {
+    const CKelAttachmentType* type = m_pAttachmentTypes->GetRow(attachmentTypeId);
+    if (!type) return 0;
+    return CreateItem(code, table, GetData_Dictionary_ID(type->Dictionary_Object_ID), dictObjectId,
+                      useGivenId, std::forward<InsertRow>(insertRow));
+}
+
 DWORD CDictObjectMgr::InsertValidAttachmentType(DWORD attachmentTypeId, DWORD metaTableId,
                                                 DWORD firstAttribute, DWORD secondAttribute,
                                                 DWORD& dictObjectId, BOOL useGivenId) {
-    const CKelAttachmentType* type = m_pAttachmentTypes->GetRow(attachmentTypeId);
-    if (!type) return 0;
-    return CreateItem(
-        tessmeta::kDictValidAttachmentType, *m_pValidAttachmentTypes,
-        GetData_Dictionary_ID(type->Dictionary_Object_ID), dictObjectId, useGivenId, [&](DWORD id) {
-            return m_pValidAttachmentTypes->Insert(id, metaTableId, attachmentTypeId,
-                                                   firstAttribute, secondAttribute, 0, 0);
-        });
+    return CreateInTypesDictionary(tessmeta::kDictValidAttachmentType, *m_pValidAttachmentTypes,
+                                   attachmentTypeId, dictObjectId, useGivenId, [&](DWORD id) {
+                                       return m_pValidAttachmentTypes->Insert(
+                                           id, metaTableId, attachmentTypeId, firstAttribute,
+                                           secondAttribute, 0, 0);
+                                   });
 }
 
 BOOL CDictObjectMgr::UpdateValidAttachmentType(DWORD validTypeId, DWORD firstAttribute,
@@ -209,27 +218,23 @@ CKelValidAttachmentType* CDictObjectMgr::GetNextValidAttTypeMetaTableIDFKRow() {
 DWORD CDictObjectMgr::InsertAttachment(DWORD attachmentTypeId, CString& name, CString& description,
                                        CString& value, DWORD numericAttribute, DWORD& dictObjectId,
                                        BOOL useGivenId) {
-    const CKelAttachmentType* type = m_pAttachmentTypes->GetRow(attachmentTypeId);
-    if (!type) return 0;
-    return CreateItem(tessmeta::kDictAttachment, *m_pAttachments,
-                      GetData_Dictionary_ID(type->Dictionary_Object_ID), dictObjectId, useGivenId,
-                      [&](DWORD id) {
-                          return m_pAttachments->Insert(id, attachmentTypeId, name, description,
-                                                        value, numericAttribute, 0, 0);
-                      });
+    return CreateInTypesDictionary(tessmeta::kDictAttachment, *m_pAttachments, attachmentTypeId,
+                                   dictObjectId, useGivenId, [&](DWORD id) {
+                                       return m_pAttachments->Insert(id, attachmentTypeId, name,
+                                                                     description, value,
+                                                                     numericAttribute, 0, 0);
+                                   });
 }
 
 DWORD CDictObjectMgr::InsertAttachment(DWORD attachmentTypeId, DWORD nameId, DWORD descriptionId,
                                        DWORD valueId, DWORD numericAttribute, DWORD& dictObjectId,
                                        BOOL useGivenId) {
-    const CKelAttachmentType* type = m_pAttachmentTypes->GetRow(attachmentTypeId);
-    if (!type) return 0;
-    return CreateItem(tessmeta::kDictAttachment, *m_pAttachments,
-                      GetData_Dictionary_ID(type->Dictionary_Object_ID), dictObjectId, useGivenId,
-                      [&](DWORD id) {
-                          return m_pAttachments->Insert(id, attachmentTypeId, nameId, descriptionId,
-                                                        valueId, numericAttribute, 0, 0);
-                      });
+    return CreateInTypesDictionary(tessmeta::kDictAttachment, *m_pAttachments, attachmentTypeId,
+                                   dictObjectId, useGivenId, [&](DWORD id) {
+                                       return m_pAttachments->Insert(id, attachmentTypeId, nameId,
+                                                                     descriptionId, valueId,
+                                                                     numericAttribute, 0, 0);
+                                   });
 }
 
 BOOL CDictObjectMgr::UpdateAttachment(DWORD attachmentId, CString& name, CString& description,

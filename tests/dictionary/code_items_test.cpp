@@ -1,6 +1,5 @@
 // Libraries, triggers and reusable procedures: creation, walks, updates, deletes,
-// uniqueness with every defining field and the overrides of bindings, and
-// persistence.
+// uniqueness with every defining field and the overrides of bindings.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -8,12 +7,8 @@
 #include <vector>
 
 #include "dictionary_test_util.h"
-#include "support/test_support.h"
 
-using tessmeta::CModelFile;
 using tessmeta::test::SDictFixture;
-using tessmeta::test::StoredRows;
-using tessmeta::test::TempDir;
 
 namespace {
 
@@ -200,41 +195,6 @@ TEST(CodeItems, LibraryAndProcedureNameLoops) {
     EXPECT_EQ(body + "/" + CString(std::to_string(number).c_str()), CString("SET x = 2/6"));
     EXPECT_TRUE(f.dict.DeleteProcedure(key));
     EXPECT_EQ(f.dict.GetProcedureCount(), 0);
-}
-
-TEST(CodeItems, SurviveSaveAndReopen) {
-    TempDir dir;
-    const std::string path = dir.File("code.zmf");
-    const std::initializer_list<const char*> tables = {"Dictionary_Library", "Dictionary_Trigger",
-                                                       "Reusable_Procedure", "Dictionary_Object"};
-    std::vector<std::string> before;
-    DWORD trigger = 0;
-    {
-        auto model = CModelFile::Create(path, nullptr);
-        CDictObjectMgr& dict = model->GetDictObjectMgr();
-        const DWORD main = dict.GetDiagramSpecificData_Dictionary_ID();
-        CString n("L"), d("desc"), t("line 1\r\nline 2\r\n");
-        DWORD item = 0;
-        dict.InsertLibrary(n, d, 1, t, main, item, FALSE);
-        n = "T";
-        trigger = dict.InsertTrigger(n, d, 1, 2, 6, t, 4, main, item, FALSE);
-        n = "P";
-        dict.InsertProcedure(n, d, t, 9, main, item, FALSE);
-        ASSERT_TRUE(model->Save());
-        before = StoredRows(model->GetFile(), tables);
-    }
-    auto model = CModelFile::Open(path, nullptr);
-    ASSERT_TRUE(model);
-    CDictObjectMgr& dict = model->GetDictObjectMgr();
-    CString name, description, text;
-    int integerField = 0;
-    DWORD first = 0, event = 0, second = 0;
-    ASSERT_TRUE(
-        dict.GetTriggerData(trigger, name, description, integerField, first, event, text, second));
-    EXPECT_EQ(text, CString("line 1\r\nline 2\r\n"));
-    EXPECT_EQ(event, 6u);
-    ASSERT_TRUE(model->Save());
-    EXPECT_EQ(StoredRows(model->GetFile(), tables), before);
 }
 
 }  // namespace

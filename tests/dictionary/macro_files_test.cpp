@@ -75,15 +75,6 @@ TEST(MacroFiles, LinesEndInCarriageReturnLineFeed) {
         ASSERT_TRUE(tessmeta::ReadMacroText(path.c_str(), text)) << c.bytes;
         EXPECT_EQ(text, CString(c.text)) << c.bytes;
     }
-    // Longer than any read buffer, with a line end split across reads.
-    std::string big(5000, 'x');
-    big[4095] = '\r';
-    big[4096] = '\n';
-    Write(dir.File("big.bas"), big);
-    CString text;
-    ASSERT_TRUE(tessmeta::ReadMacroText(dir.File("big.bas").c_str(), text));
-    EXPECT_EQ(text.GetLength(), 5000 + 2);
-    EXPECT_EQ(text.Find("\r\r"), -1);
 }
 
 TEST(MacroFiles, PlatformTwoMakesThreeLibrariesThenRefreshesThem) {
