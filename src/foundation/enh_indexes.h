@@ -183,12 +183,6 @@ class CEnhListIndex {
         for (Row* row = it == m_chains.end() ? nullptr : it->second.head; row; row = Next(row))
             f(row);
     }
-    // Number of rows under `key`.
-    int Count(std::int64_t key) {
-        int count = 0;
-        ForEach(key, [&](Row*) { ++count; });
-        return count;
-    }
 
   private:
     struct SChain {
