@@ -66,5 +66,7 @@ struct SLayoutViewDemo {
 SLayoutViewDemo BuildLayoutViewDemo(CModelFile& model, ULONG modelId);
 // The problems found in the reopened model, each printed.
 int VerifyLayoutViewDemo(CModelFile& model, const SLayoutViewDemo& demo);
+// Creates or refreshes the system libraries and triggers of platform 1, 2 or 3.
+int RunSysMacros(const std::string& path, int platform);
 
 }  // namespace tessmeta::tool

@@ -1,9 +1,13 @@
 // tessmeta demo: the data dictionary part. A second data dictionary, reference
 // values (a single value, a range, a name made unique), a tree of links, a default,
-// bindings with value overrides and a referenced object; after reopening, each is
-// read back and compared.
+// bindings with value overrides and a referenced object; attachment types with
+// their valid types and attachments, bound to the demo entity, one valid type and
+// one whole type deleted with their bindings; the system libraries and triggers of
+// platform 1 from the macro templates. After reopening, each is read back and
+// compared.
 #include <cstdio>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "command.h"
@@ -24,6 +28,13 @@ struct SDictionaryDemo {
     DWORD binding = 0;
     std::string bindingOverride;
     DWORD defaultItem = 0;
+    // Attachments: Owner (valid on meta tables 1 and 17) with DBA and Analyst;
+    // Analyst lost its binding on meta table 5 with that valid type; the type
+    // Retired went with its attachment Legacy and Legacy's two bindings.
+    DWORD ownerType = 0, dba = 0, analyst = 0, legacyItem = 0;
+    int bindingsLeft = 0;  // bindings of attachments after the deletes
+    // System items made from the templates, with their bodies.
+    std::vector<std::pair<std::string, std::string>> systemLibraries, systemTriggers;
 };
 
 namespace {
@@ -42,6 +53,64 @@ DWORD AddRefValue(CDictObjectMgr& dictionary, SDictionaryDemo& demo, const char*
     demo.refValues.push_back(
         {key, n.GetString(), value, min, max, notBetween, range, dataDictionary});
     return key;
+}
+
+void BuildAttachments(CModelFile& model, SDictionaryDemo& demo, ULONG objectId) {
+    CDictObjectMgr& dictionary = model.GetDictObjectMgr();
+    CRefObjectMgr& refs = model.GetRefObjectMgr();
+    const DWORD main = dictionary.GetDiagramSpecificData_Dictionary_ID();
+    DWORD item = 0, dbaItem = 0, analystItem = 0;
+    CString owner("Owner"), ownerText("Who answers for the object"), retired("Retired"), none;
+    demo.ownerType = dictionary.InsertAttachmentType(owner, ownerText, 0, main, item, FALSE);
+    dictionary.InsertValidAttachmentType(demo.ownerType, 1, 0, 0, item, FALSE);
+    dictionary.InsertValidAttachmentType(demo.ownerType, 17, 0, 0, item, FALSE);
+    const DWORD onFive = dictionary.InsertValidAttachmentType(demo.ownerType, 5, 0, 0, item, FALSE);
+    CString dba("DBA"), dbaText("Data team"), analyst("Analyst"), analystText("Reporting");
+    demo.dba = dictionary.InsertAttachment(demo.ownerType, dba, none, dbaText, 0, dbaItem, FALSE);
+    demo.analyst = dictionary.InsertAttachment(demo.ownerType, analyst, none, analystText, 0,
+                                               analystItem, FALSE);
+    refs.InsertBoundDictObject(dbaItem, 1, objectId, "");
+    refs.InsertBoundDictObject(analystItem, 8, objectId, "");
+    refs.InsertBoundDictObject(analystItem, 5, objectId, "");
+    dictionary.DeleteValidAttachmentType(onFive);  // unbinds Analyst from meta table 5
+
+    const DWORD retiredType = dictionary.InsertAttachmentType(retired, none, 0, main, item, FALSE);
+    dictionary.InsertValidAttachmentType(retiredType, 1, 0, 0, item, FALSE);
+    CString legacy("Legacy");
+    dictionary.InsertAttachment(retiredType, legacy, none, none, 0, demo.legacyItem, FALSE);
+    refs.InsertBoundDictObject(demo.legacyItem, 1, objectId, "");
+    refs.InsertBoundDictObject(demo.legacyItem, 8, objectId, "");
+    dictionary.DeleteAttachmentType(retiredType);  // with Legacy and its bindings
+    demo.bindingsLeft = 2;                         // DBA on 1, Analyst on 8
+}
+
+void BuildSystemItems(CDictObjectMgr& dictionary, SDictionaryDemo& demo) {
+    CList<DWORD, DWORD> libraries, triggers;
+    dictionary.InsertSystemTriggerLibs(1, libraries);
+    dictionary.InsertSystemTriggers(1, triggers);
+    for (POSITION pos = libraries.GetHeadPosition(); pos;) {
+        CString name, description, body;
+        int integerField = 0;
+        dictionary.GetLibraryData(libraries.GetNext(pos), name, description, integerField, body);
+        demo.systemLibraries.emplace_back(name.GetString(), body.GetString());
+    }
+    for (POSITION pos = triggers.GetHeadPosition(); pos;) {
+        CString name, body;
+        const DWORD key = triggers.GetNext(pos);
+        dictionary.GetTriggerName(key, name);
+        dictionary.GetTriggerValue(key, body);
+        demo.systemTriggers.emplace_back(name.GetString(), body.GetString());
+    }
+}
+
+int AttachmentBindings(CModelFile& model) {
+    CDictObjectMgr& dictionary = model.GetDictObjectMgr();
+    CEnhBoundDictObjectTbl* bound = model.GetRefObjectMgr().GetBoundDictObjectTable();
+    int count = 0;
+    for (POSITION pos = bound->GetFirstRowPosition(); pos;)
+        count += dictionary.GetDictObjectType(bound->GetNextRow(pos)->Dictionary_Object_ID) ==
+                 kDictAttachment;
+    return count;
 }
 
 }  // namespace
@@ -75,6 +144,8 @@ std::shared_ptr<SDictionaryDemo> BuildDictionaryDemo(CModelFile& model, ULONG ob
 
     const int defaultObject = model.GetGuidMgr().GetNewUniqueId(CString("Default"), 0, 0, 0);
     demo->defaultItem = dictionary.InsertDefault(main, static_cast<DWORD>(defaultObject));
+    BuildAttachments(model, *demo, objectId);
+    BuildSystemItems(dictionary, *demo);
     return demo;
 }
 
@@ -124,6 +195,31 @@ int VerifyDictionaryDemo(CModelFile& model, const SDictionaryDemo& expected) {
            "an identical reference value is not recognised");
     expect(dictionary.GetDictObjectType(expected.defaultItem) == kDictDefault,
            "the default's registry row is missing");
+
+    CString dba, dbaValue, dbaDescription;
+    DWORD number = 0;
+    expect(dictionary.GetAttachmentData(expected.dba, dba, dbaDescription, dbaValue, number) &&
+               dba == CString("DBA") && dbaValue == CString("Data team"),
+           "attachment DBA differs");
+    expect(dictionary.IsAttachmentValidForType(expected.dba, 1) &&
+               dictionary.IsAttachmentValidForType(expected.analyst, 8) &&
+               !dictionary.IsAttachmentValidForType(expected.analyst, 5),
+           "the valid types of Owner differ");
+    expect(dictionary.GetAttachmentTypeCount() == 1 && dictionary.GetAttachmentCount() == 2 &&
+               !dictionary.IsDictionaryObjectIDValid(expected.legacyItem),
+           "the deleted attachment type left rows behind");
+    expect(AttachmentBindings(model) == expected.bindingsLeft,
+           "bindings of deleted attachments or valid types remain");
+    for (const auto& [name, body] : expected.systemLibraries) {
+        CString text;
+        expect(dictionary.FindSystemLib(name.c_str(), text) && body == text.GetString(),
+               "system library " + name + " differs");
+    }
+    for (const auto& [name, body] : expected.systemTriggers) {
+        CString text;
+        expect(dictionary.FindSystemTrigger(name.c_str(), text) && body == text.GetString(),
+               "system trigger " + name + " differs");
+    }
     return problems;
 }
 
@@ -132,6 +228,12 @@ void PrintDictionarySummary(CModelFile& model) {
     std::printf("  data dictionaries  %d\n", dictionary.GetNumOfDataDictionary());
     std::printf("  reference values   %d\n", dictionary.GetReferenceValueCount());
     std::printf("  dictionary links   %d\n", dictionary.GetDictObjLinkCount());
+    std::printf("  attachment types   %d (%d valid types, %d attachments)\n",
+                dictionary.GetAttachmentTypeCount(), dictionary.GetValidAttachmentTypeCount(),
+                dictionary.GetAttachmentCount());
+    std::printf("  system items       %d libraries, %d triggers (from %s)\n",
+                dictionary.GetLibraryCount(), dictionary.GetTriggerCount(),
+                dictionary.GetMacroFolder().GetString());
     std::printf("  bindings           %d\n",
                 model.GetRefObjectMgr().GetBoundDictObjectTable()->GetCount());
 }

@@ -61,6 +61,15 @@ int main(int argc, char** argv) {
     addFile(cmdLayout, "a model file");
     cmdLayout->add_option("--submodel", submodel, "only this submodel (its object id)")
         ->check(CLI::Range(std::uint32_t{1}, UINT32_MAX));
+    int platform = 0;
+    auto* cmdSysMacros = app.add_subcommand(
+        "sysmacros",
+        "Create or refresh the system trigger libraries and triggers of a database platform "
+        "from the macro templates; print the new keys");
+    addFile(cmdSysMacros, "a model file");
+    cmdSysMacros->add_option("--platform", platform, "1 Transact-SQL, 2 PL/SQL, 3 SQL PL")
+        ->required()
+        ->check(CLI::Range(1, 3));
 
     try {
         app.parse(argc, argv);
@@ -80,5 +89,6 @@ int main(int argc, char** argv) {
     if (*cmdPurge) return RunPurge(file);
     if (*cmdGen) return RunGen(file, objects, seed);
     if (*cmdLayout) return RunLayout(file, submodel);
+    if (*cmdSysMacros) return RunSysMacros(file, platform);
     return RunDemo(file);
 }

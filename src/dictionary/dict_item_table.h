@@ -42,6 +42,16 @@ class CKelDictItem : public CEnhRow<RecordRow, Table> {
     // The row's place in its table's order (larger: later); 0 before it enters.
     std::uint64_t GetSequence() const { return m_nSequence; }
 
+  protected:
+    // The text of text column `column`, read through the owning table; empty when
+    // the row is in no table.
+    CString ReadText(int column) const {
+        CString text;
+        if (const Table* table = this->GetEnhTable())
+            table->GetText(static_cast<const typename Table::Row*>(this), column, text);
+        return text;
+    }
+
   private:
     template <class>
     friend class CEnhDictItemTable;
@@ -91,6 +101,45 @@ class CEnhDictItemTable : public CEnhTable<Traits> {
         return first;
     }
 
+    // The texts most item tables share: Name (column 0), Description (1) and Value
+    // (2), by key or by row. Same results as GetText / SetText.
+    int GetName(ULONG key, CString& out) const requires(Base::kTextCount >= 1) {
+        return this->GetText(key, 0, out);
+    }
+    int GetName(const Row* row, CString& out) const requires(Base::kTextCount >= 1) {
+        return this->GetText(row, 0, out);
+    }
+    int SetName(ULONG key, const CString& text) requires(Base::kTextCount >= 1) {
+        return this->SetText(key, 0, text);
+    }
+    int SetName(Row* row, const CString& text) requires(Base::kTextCount >= 1) {
+        return this->SetText(row, 0, text);
+    }
+    int GetDescription(ULONG key, CString& out) const requires(Base::kTextCount >= 2) {
+        return this->GetText(key, 1, out);
+    }
+    int GetDescription(const Row* row, CString& out) const requires(Base::kTextCount >= 2) {
+        return this->GetText(row, 1, out);
+    }
+    int SetDescription(ULONG key, const CString& text) requires(Base::kTextCount >= 2) {
+        return this->SetText(key, 1, text);
+    }
+    int SetDescription(Row* row, const CString& text) requires(Base::kTextCount >= 2) {
+        return this->SetText(row, 1, text);
+    }
+    int GetValue(ULONG key, CString& out) const requires(Base::kTextCount >= 3) {
+        return this->GetText(key, 2, out);
+    }
+    int GetValue(const Row* row, CString& out) const requires(Base::kTextCount >= 3) {
+        return this->GetText(row, 2, out);
+    }
+    int SetValue(ULONG key, const CString& text) requires(Base::kTextCount >= 3) {
+        return this->SetText(key, 2, text);
+    }
+    int SetValue(Row* row, const CString& text) requires(Base::kTextCount >= 3) {
+        return this->SetText(row, 2, text);
+    }
+
     // Makes `globalId` the row's unique object: its texts' usages move from the old
     // owner to `globalId`. The old object itself is left to the caller.
     void AdoptGlobalId(Row& row, DWORD globalId) {
@@ -105,7 +154,8 @@ class CEnhDictItemTable : public CEnhTable<Traits> {
                 if (oldId) names->DeleteString(static_cast<int>(oldId), usage);
             }
         }
-        row.*Traits::kUniqueId = globalId;
+        // Through the update so that an index keyed by the unique id re-files it.
+        this->UpdateRow(&row, [&](Row& changed) { changed.*Traits::kUniqueId = globalId; });
     }
 
   protected:

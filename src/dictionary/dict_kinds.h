@@ -42,7 +42,22 @@ inline const char* DictObjectKindName(DWORD code) {
     return code >= 1 && code <= kDictObjectKindCount ? kNames[code] : nullptr;
 }
 
-// The meta-table key under which bound dictionary objects bind reference values.
+// The meta-table key under which bound dictionary objects bind reference values,
+// triggers and reusable procedures (the bindings whose value overrides decide
+// whether an item can be reused).
 inline constexpr DWORD kReferenceValueBindingMetaTable = 8;
+
+// The meta-table key that bindings use for the class a valid attachment type names:
+// meta tables 16 to 20 share binding key 8; every other id is its own key.
+inline constexpr int BoundMetaTableOfValidType(int metaTableId) {
+    return metaTableId >= 16 && metaTableId <= 20 ? 8 : metaTableId;
+}
+
+// The bit set of statements a trigger fires on.
+enum EDictTriggerEvent : DWORD {
+    kTriggerOnInsert = 1,
+    kTriggerOnUpdate = 2,
+    kTriggerOnDelete = 4,
+};
 
 }  // namespace tessmeta

@@ -18,7 +18,13 @@ CDictObjectMgr::CDictObjectMgr(CNameSpaceMgr* names, CGuidMgr* guids, CZmfFile* 
           std::make_unique<CEnhDataDictionaryTable>(fileVersion, names, guids, file)),
       m_pKinds(std::make_unique<CEnhDictObjectTypeTable>(nullptr, file)),
       m_pRegistry(std::make_unique<CEnhDictObjectTable>(nullptr, file)),
+      m_pLibraries(std::make_unique<CEnhDictLibraryTbl>(this, names, file, guids)),
+      m_pTriggers(std::make_unique<CEnhDictTriggerTbl>(this, names, file, guids)),
+      m_pProcedures(std::make_unique<CEnhReusableProcTbl>(this, names, file, guids)),
       m_pReferenceValues(std::make_unique<CEnhReferenceValueTable>(names, nullptr, guids, file)),
+      m_pAttachmentTypes(std::make_unique<CEnhAttachmentTypeTable>(names, nullptr, guids, file)),
+      m_pValidAttachmentTypes(std::make_unique<CEnhValidAttachmentTypeTable>(nullptr, guids, file)),
+      m_pAttachments(std::make_unique<CEnhAttachmentTable>(names, nullptr, guids, file)),
       m_pLinks(std::make_unique<CEnhDictionaryObjectLinkTable>(names, nullptr, guids, file)) {}
 
 CDictObjectMgr::~CDictObjectMgr() = default;
@@ -28,17 +34,39 @@ void CDictObjectMgr::ForEachTable(F&& f) const {
     f(*m_pDataDictionaries);
     f(*m_pKinds);
     f(*m_pRegistry);
-    // slots 4 to 6: libraries, triggers, reusable procedures
+    f(*m_pLibraries);
+    f(*m_pTriggers);
+    f(*m_pProcedures);
     f(*m_pReferenceValues);
-    // slots 8 to 10: attachment types, valid attachment types, attachments
+    f(*m_pAttachmentTypes);
+    f(*m_pValidAttachmentTypes);
+    f(*m_pAttachments);
     f(*m_pLinks);
 }
 
 template <class F>
 bool CDictObjectMgr::WithKindTable(DWORD code, F&& f) const {
     switch (code) {
+        case tessmeta::kDictTrigger:
+            f(*m_pTriggers);
+            return true;
+        case tessmeta::kDictLibrary:
+            f(*m_pLibraries);
+            return true;
+        case tessmeta::kDictProcedure:
+            f(*m_pProcedures);
+            return true;
         case tessmeta::kDictReferenceValue:
             f(*m_pReferenceValues);
+            return true;
+        case tessmeta::kDictAttachmentType:
+            f(*m_pAttachmentTypes);
+            return true;
+        case tessmeta::kDictValidAttachmentType:
+            f(*m_pValidAttachmentTypes);
+            return true;
+        case tessmeta::kDictAttachment:
+            f(*m_pAttachments);
             return true;
         case tessmeta::kDictObjectLink:
             f(*m_pLinks);

@@ -20,9 +20,7 @@
 //   10 attachments                "Attachment"               10
 //   11 dictionary object links    "Dictionary_Object_Link"   33
 //
-// (the number is the table id GetTablePtr answers to). Slots 4 to 6 and 8 to 10
-// hold the programmable items and the attachments; until their tables are attached
-// the manager runs without them.
+// (the number is the table id GetTablePtr answers to).
 //
 // Kinds are found by name, never by a stored id. Defaults, rules, user datatypes
 // and domains have no table here: their bodies live with the application's model
@@ -55,6 +53,8 @@
 
 #include <memory>
 
+#include "dictionary/attachment_tables.h"
+#include "dictionary/code_item_tables.h"
 #include "dictionary/data_dictionary_table.h"
 #include "dictionary/dict_kinds.h"
 #include "dictionary/dict_object_link_table.h"
@@ -63,6 +63,7 @@
 #include "identity/guid_mgr.h"
 #include "namespace/name_space_mgr.h"
 #include "platform/cmap.h"
+#include "platform/collections.h"
 #include "platform/cstring.h"
 #include "platform/types.h"
 #include "references/ref_object_mgr.h"
@@ -70,9 +71,33 @@
 
 // Value overrides of bound dictionary objects, by the binding's key.
 using CDictOverrideMap = CMap<DWORD, DWORD, CString, const CString&>;
+// Valid attachment types of an attachment type being copied, by Meta_Table_ID.
+using CValidAttTypeMap = CMap<DWORD, DWORD, CKelValidAttachmentType*, CKelValidAttachmentType*>;
 
 class CDictObjectMgr {
   public:
+    // The system trigger libraries and triggers made from the macro files (see
+    // InsertSystemTriggerLibs): by platform code 1, 2, 3, for update, delete and
+    // insert triggers.
+    static constexpr const char* SSUPDTRIGLIBNAME = "SSUpdtTrigLib";
+    static constexpr const char* SSDELTRIGLIBNAME = "SSDelTrigLib";
+    static constexpr const char* SSINSTRIGLIBNAME = "SSInsTrigLib";
+    static constexpr const char* ORAUPDTRIGLIBNAME = "OraUpdtTrigLib";
+    static constexpr const char* ORADELTRIGLIBNAME = "OraDelTrigLib";
+    static constexpr const char* ORAINSTRIGLIBNAME = "OraInsTrigLib";
+    static constexpr const char* DB2UPDTRIGLIBNAME = "Db2UpdtTrigLib";
+    static constexpr const char* DB2DELTRIGLIBNAME = "Db2DelTrigLib";
+    static constexpr const char* DB2INSTRIGLIBNAME = "Db2InsTrigLib";
+    static constexpr const char* SSUPDTRIGNAME = "SSUpdtTrigger";
+    static constexpr const char* SSDELTRIGNAME = "SSDelTrigger";
+    static constexpr const char* SSINSTRIGNAME = "SSInsTrigger";
+    static constexpr const char* ORAUPDTRIGNAME = "OraUpdtTrigger";
+    static constexpr const char* ORADELTRIGNAME = "OraDelTrigger";
+    static constexpr const char* ORAINSTRIGNAME = "OraInsTrigger";
+    static constexpr const char* DB2UPDTRIGNAME = "Db2UpdtTrigger";
+    static constexpr const char* DB2DELTRIGNAME = "Db2DelTrigger";
+    static constexpr const char* DB2INSTRIGNAME = "Db2InsTrigger";
+
     // Builds the tables on `file` (each opens its record-store table); loads nothing.
     // All pointers borrowed; `names`, `guids` and `refs` may be null (`refs` can be
     // set later). `fileVersion` steers the upgrades of Init.
@@ -242,6 +267,238 @@ class CDictObjectMgr {
                                         CDictOverrideMap& overrides, DWORD dataDictionaryId,
                                         bool compareContents);
 
+    // ---- libraries (kind "Library") -------------------------------------------------------
+
+    DWORD InsertLibrary(CString& name, CString& description, int integerField, CString& text,
+                        DWORD dataDictionaryId, DWORD& dictObjectId, BOOL useGivenId);
+    DWORD InsertLibrary(DWORD nameId, DWORD descriptionId, int integerField, DWORD textId,
+                        DWORD dataDictionaryId, DWORD& dictObjectId, BOOL useGivenId);
+    BOOL UpdateLibrary(DWORD libraryId, CString& name, CString& description, int integerField,
+                       CString& text);
+    // The library's row (texts, unique object), then its registry row.
+    BOOL DeleteLibrary(DWORD libraryId);
+    // The libraries in the registry's order of the kind (sharing the walk of one
+    // kind with the other first/next walks of kinds): TRUE with the library's fields,
+    // FALSE at the end.
+    BOOL GetFirstLibrary(DWORD& libraryId, CString& name, CString& description, int& integerField,
+                         CString& text, DWORD& dictObjectId);
+    BOOL GetNextLibrary(DWORD& libraryId, CString& name, CString& description, int& integerField,
+                        CString& text, DWORD& dictObjectId);
+    // The rows in table order; null at the end. One walk at a time.
+    CKelDictLibrary* GetFirstLibraryRow();
+    CKelDictLibrary* GetNextLibraryRow();
+    CKelDictLibrary* GetLibraryRow(DWORD libraryId) const;
+    CKelDictLibrary* GetLibraryFKRow(DWORD dictObjectId) const;
+    BOOL GetLibraryData(DWORD libraryId, CString& name, CString& description, int& integerField,
+                        CString& text) const;
+    BOOL GetLibraryName(DWORD libraryId, CString& name) const;
+    BOOL GetLibraryDesc(DWORD libraryId, CString& description) const;
+    BOOL GetLibraryValue(DWORD libraryId, CString& text) const;
+    int GetLibraryCount() const;
+    // Compares description (without case), integer field (exactly) and text (without
+    // case).
+    LONG IsDictLibraryUnique(CString& name, CString& description, int integerField, CString& text,
+                             DWORD dataDictionaryId);
+    LONG GetNameForUniqueDictLibrary(CString& name, CString& description, int integerField,
+                                     CString& text, DWORD dataDictionaryId);
+
+    // ---- triggers (kind "Trigger") ---------------------------------------------------------
+
+    DWORD InsertTrigger(CString& name, CString& description, int integerField, DWORD firstAttribute,
+                        DWORD event, CString& text, DWORD secondAttribute, DWORD dataDictionaryId,
+                        DWORD& dictObjectId, BOOL useGivenId);
+    DWORD InsertTrigger(DWORD nameId, DWORD descriptionId, int integerField, DWORD firstAttribute,
+                        DWORD event, DWORD textId, DWORD secondAttribute, DWORD dataDictionaryId,
+                        DWORD& dictObjectId, BOOL useGivenId);
+    BOOL UpdateTrigger(DWORD triggerId, CString& name, CString& description, int integerField,
+                       DWORD firstAttribute, DWORD event, CString& text, DWORD secondAttribute);
+    BOOL DeleteTrigger(DWORD triggerId);
+    BOOL GetFirstTrigger(DWORD& triggerId, CString& name, CString& description, int& integerField,
+                         DWORD& firstAttribute, DWORD& event, CString& text, DWORD& secondAttribute,
+                         DWORD& dictObjectId);
+    BOOL GetNextTrigger(DWORD& triggerId, CString& name, CString& description, int& integerField,
+                        DWORD& firstAttribute, DWORD& event, CString& text, DWORD& secondAttribute,
+                        DWORD& dictObjectId);
+    CKelDictTrigger* GetFirstTriggerRow();
+    CKelDictTrigger* GetNextTriggerRow();
+    CKelDictTrigger* GetTriggerRow(DWORD triggerId) const;
+    CKelDictTrigger* GetTriggerFKRow(DWORD dictObjectId) const;
+    BOOL GetTriggerData(DWORD triggerId, CString& name, CString& description, int& integerField,
+                        DWORD& firstAttribute, DWORD& event, CString& text,
+                        DWORD& secondAttribute) const;
+    BOOL GetTriggerName(DWORD triggerId, CString& name) const;
+    BOOL GetTriggerDesc(DWORD triggerId, CString& description) const;
+    BOOL GetTriggerValue(DWORD triggerId, CString& text) const;
+    int GetTriggerCount() const;
+    // Compares description, integer field, first attribute, event, text, second
+    // attribute, then the value overrides of the bindings on meta table 8 (as for
+    // reference values).
+    LONG IsDictTriggerUnique(CString& name, CString& description, int integerField,
+                             DWORD firstAttribute, DWORD event, CString& text,
+                             DWORD secondAttribute, CDictOverrideMap& overrides,
+                             DWORD dataDictionaryId);
+    LONG GetNameForUniqueDictTrigger(CString& name, CString& description, int integerField,
+                                     DWORD firstAttribute, DWORD event, CString& text,
+                                     DWORD secondAttribute, CDictOverrideMap& overrides,
+                                     DWORD dataDictionaryId);
+
+    // ---- reusable procedures (kind "Procedure") --------------------------------------------
+
+    DWORD InsertProcedure(CString& name, CString& description, CString& text,
+                          DWORD numericAttribute, DWORD dataDictionaryId, DWORD& dictObjectId,
+                          BOOL useGivenId);
+    DWORD InsertProcedure(DWORD nameId, DWORD descriptionId, DWORD textId, DWORD numericAttribute,
+                          DWORD dataDictionaryId, DWORD& dictObjectId, BOOL useGivenId);
+    BOOL UpdateProcedure(DWORD procedureId, CString& name, CString& description, CString& text,
+                         DWORD numericAttribute);
+    BOOL DeleteProcedure(DWORD procedureId);
+    BOOL GetFirstProcedure(DWORD& procedureId, CString& name, CString& description, CString& text,
+                           DWORD& numericAttribute, DWORD& dictObjectId);
+    BOOL GetNextProcedure(DWORD& procedureId, CString& name, CString& description, CString& text,
+                          DWORD& numericAttribute, DWORD& dictObjectId);
+    CKelReusableProc* GetFirstProcedureRow();
+    CKelReusableProc* GetNextProcedureRow();
+    CKelReusableProc* GetProcedureRow(DWORD procedureId) const;
+    CKelReusableProc* GetProcedureFKRow(DWORD dictObjectId) const;
+    BOOL GetProcedureData(DWORD procedureId, CString& name, CString& description, CString& text,
+                          DWORD& numericAttribute) const;
+    BOOL GetProcedureName(DWORD procedureId, CString& name) const;
+    BOOL GetProcedureDesc(DWORD procedureId, CString& description) const;
+    BOOL GetProcedureValue(DWORD procedureId, CString& text) const;
+    int GetProcedureCount() const;
+    // Compares description, text and numeric attribute, then the value overrides of
+    // the bindings on meta table 8.
+    LONG IsReusableProcUnique(CString& name, CString& description, CString& text,
+                              DWORD numericAttribute, CDictOverrideMap& overrides,
+                              DWORD dataDictionaryId);
+    LONG GetNameForUniqueReusableProc(CString& name, CString& description, CString& text,
+                                      DWORD numericAttribute, CDictOverrideMap& overrides,
+                                      DWORD dataDictionaryId);
+
+    // ---- system libraries and triggers from macro files -----------------------------------
+    //
+    // Platform codes 1, 2 and 3 each have three libraries and three triggers (for
+    // update, delete and insert statements), read from .bas files in the macro
+    // folder. A missing file shows "Macro File: <path> not found" and is skipped.
+    // Names match exactly, case counting, in every data dictionary; an item found is
+    // only given the file's body, a new one goes into the diagram-specific data
+    // dictionary with integer field 1. Other platform codes do nothing. Both return
+    // TRUE and append the keys of the items they created to `newIds`.
+    BOOL InsertSystemTriggerLibs(int platformCode, CList<DWORD, DWORD>& newIds);
+    BOOL InsertSystemTriggers(int platformCode, CList<DWORD, DWORD>& newIds);
+    // The body of the first library / trigger named exactly `name`; FALSE (and
+    // `text` untouched) when there is none.
+    BOOL FindSystemLib(const char* name, CString& text);
+    BOOL FindSystemTrigger(const char* name, CString& text);
+    // The folder the macro files are read from, ending in '/': the one set, else
+    // "SysMacros/" beside the module that holds the library (the program or shared
+    // object), or "SysMacros/" of the current directory when that path is unknown.
+    CString GetMacroFolder() const;
+    // Reads the macro files from `folder` instead (a trailing '/' is added when
+    // missing); empty: back to the folder beside the module.
+    void SetMacroFolder(const CString& folder);
+
+    // ---- attachment types (kind "Attachment Type") -----------------------------------------
+
+    DWORD InsertAttachmentType(CString& name, CString& description, int integerField,
+                               DWORD dataDictionaryId, DWORD& dictObjectId, BOOL useGivenId);
+    DWORD InsertAttachmentType(DWORD nameId, DWORD descriptionId, int integerField,
+                               DWORD dataDictionaryId, DWORD& dictObjectId, BOOL useGivenId);
+    BOOL UpdateAttachmentType(DWORD attachmentTypeId, CString& name, CString& description,
+                              int integerField);
+    // Collects the type's attachments and valid types, deletes the type (row and
+    // registry row), then each valid type and each attachment as their own deletes
+    // do. FALSE when the type or its registry row is missing, or when there is no
+    // reference manager and the type has attachments or valid types (nothing then
+    // changes).
+    BOOL DeleteAttachmentType(DWORD attachmentTypeId);
+    CKelAttachmentType* GetAttachmentTypeRow(DWORD attachmentTypeId) const;
+    CKelAttachmentType* GetAttachmentTypeDictObjIDFKRow(DWORD dictObjectId) const;
+    BOOL GetAttachmentTypeName(DWORD attachmentTypeId, CString& name) const;
+    BOOL GetAttachmentTypeData(DWORD attachmentTypeId, CString& name, CString& description,
+                               int& integerField) const;
+    POSITION GetFirstAttTypeRowPosition() const;
+    CKelAttachmentType* GetNextAttTypeRow(POSITION& position) const;
+    int GetAttachmentTypeCount() const;
+    // The first type in table order of data dictionary `dataDictionaryId` (as given)
+    // named `name` without case; null when none.
+    CKelAttachmentType* GetAttachmentTypeByName(DWORD dataDictionaryId, CString& name) const;
+    // The type of the first attachment whose unique object is `globalUserId`; null
+    // when there is no such attachment or its type is missing.
+    CKelAttachmentType* GetAttachmentTypeByAttGlobalUserId(DWORD globalUserId) const;
+    // Compares description (without case) and integer field, then the type's valid
+    // types against `validTypes` (by Meta_Table_ID: each must be there with the same
+    // two attributes, and every entry must be matched).
+    LONG IsAttachmentTypeUnique(CString& name, CString& description, int integerField,
+                                CValidAttTypeMap& validTypes, DWORD dataDictionaryId,
+                                bool compareContents);
+    LONG GetNameForUniqueAttachmentType(CString& name, CString& description, int integerField,
+                                        CValidAttTypeMap& validTypes, DWORD dataDictionaryId,
+                                        bool compareContents);
+
+    // ---- valid attachment types (kind "Valid Attachment Type") -------------------------------
+
+    // The registry row goes into the attachment type's data dictionary. 0 when the
+    // attachment type is missing.
+    DWORD InsertValidAttachmentType(DWORD attachmentTypeId, DWORD metaTableId, DWORD firstAttribute,
+                                    DWORD secondAttribute, DWORD& dictObjectId, BOOL useGivenId);
+    BOOL UpdateValidAttachmentType(DWORD validTypeId, DWORD firstAttribute, DWORD secondAttribute);
+    // Unbinds every attachment of the type from the valid type's class (the bindings
+    // on its mapped meta table), then deletes the valid type and its registry row.
+    // FALSE without a reference manager or when a row is missing.
+    BOOL DeleteValidAttachmentType(DWORD validTypeId);
+    CKelValidAttachmentType* GetValidAttachmentTypeRow(DWORD validTypeId) const;
+    CKelValidAttachmentType* GetValidAttachmentTypeDictObjIDFKRow(DWORD dictObjectId) const;
+    POSITION GetFirstValidAttachmentTypeRowPosition() const;
+    CKelValidAttachmentType* GetNextValidAttachmentTypeRow(POSITION& position) const;
+    int GetValidAttachmentTypeCount() const;
+    // The valid types of an attachment type / of a meta table; one walk of each.
+    CKelValidAttachmentType* GetFirstValidAttTypeAttTypeIDFKRow(DWORD attachmentTypeId);
+    CKelValidAttachmentType* GetNextValidAttTypeAttTypeIDFKRow();
+    CKelValidAttachmentType* GetFirstValidAttTypeMetaTableIDFKRow(DWORD metaTableId);
+    CKelValidAttachmentType* GetNextValidAttTypeMetaTableIDFKRow();
+    // The meta-table key bindings use for a valid type's Meta_Table_ID: 16 to 20
+    // become 8, every other value is returned unchanged.
+    static int ValidAttTypeToBoundDictObjMetaTableID(int metaTableId) {
+        return tessmeta::BoundMetaTableOfValidType(metaTableId);
+    }
+
+    // ---- attachments (kind "Attachment") -------------------------------------------------
+
+    // The attachment goes into its type's data dictionary. 0 when the type is missing.
+    DWORD InsertAttachment(DWORD attachmentTypeId, CString& name, CString& description,
+                           CString& value, DWORD numericAttribute, DWORD& dictObjectId,
+                           BOOL useGivenId);
+    DWORD InsertAttachment(DWORD attachmentTypeId, DWORD nameId, DWORD descriptionId, DWORD valueId,
+                           DWORD numericAttribute, DWORD& dictObjectId, BOOL useGivenId);
+    BOOL UpdateAttachment(DWORD attachmentId, CString& name, CString& description, CString& value,
+                          DWORD numericAttribute);
+    // Removes every binding of the attachment, then its row and its registry row.
+    // FALSE without a reference manager or when a row is missing.
+    BOOL DeleteAttachment(DWORD attachmentId);
+    CKelAttachment* GetAttachmentRow(DWORD attachmentId) const;
+    CKelAttachment* GetAttachmentDictObjIDFKRow(DWORD dictObjectId) const;
+    BOOL GetAttachmentName(DWORD attachmentId, CString& name) const;
+    BOOL GetAttachmentData(DWORD attachmentId, CString& name, CString& description, CString& value,
+                           DWORD& numericAttribute) const;
+    POSITION GetFirstAttachmentRowPosition() const;
+    CKelAttachment* GetNextAttachmentRow(POSITION& position) const;
+    int GetAttachmentCount() const;
+    // The attachments of a type; one walk at a time.
+    CKelAttachment* GetFirstAttachmentFKRow(DWORD attachmentTypeId);
+    CKelAttachment* GetNextAttachmentFKRow();
+    // The first attachment of the type (in table order) named `name` without case.
+    CKelAttachment* GetAttachmentRowByName(CString& name, DWORD attachmentTypeId) const;
+    // TRUE when the attachment exists, has a type, and one of the type's valid types
+    // maps to `boundMetaTableId` (ValidAttTypeToBoundDictObjMetaTableID).
+    BOOL IsAttachmentValidForType(DWORD attachmentId, DWORD boundMetaTableId) const;
+    // Among the attachments of the same type: compares description and value
+    // (without case) and the numeric attribute (exactly).
+    LONG IsAttachmentUnique(DWORD attachmentTypeId, CString& name, CString& description,
+                            CString& value, DWORD numericAttribute, bool compareContents);
+    LONG GetNameForUniqueAttachment(DWORD attachmentTypeId, CString& name, CString& description,
+                                    CString& value, DWORD numericAttribute, bool compareContents);
+
     // ---- dictionary object links ------------------------------------------------------------
 
     DWORD InsertDictionaryObjectLink(DWORD parent, DWORD child, DWORD ultimateParent,
@@ -291,6 +548,11 @@ class CDictObjectMgr {
     template <class Table, class InsertRow>
     DWORD CreateItem(DWORD code, Table& table, DWORD dataDictionaryId, DWORD& dictObjectId,
                      BOOL useGivenId, InsertRow&& insertRow);
+    // The creation pattern for an item of an attachment type, in the type's data
+    // dictionary; 0 when the type is missing.
+    template <class Table, class InsertRow>
+    DWORD CreateInTypesDictionary(DWORD code, Table& table, DWORD attachmentTypeId,
+                                  DWORD& dictObjectId, BOOL useGivenId, InsertRow&& insertRow);
     // The deletion pattern.
     template <class Table>
     BOOL DeleteItem(Table& table, DWORD key);
@@ -303,8 +565,49 @@ class CDictObjectMgr {
     template <class Table, std::size_t N>
     static bool TextsEqualNoCase(const Table& table, const typename Table::Row& row,
                                  const CString* const (&texts)[N]);
+    // Reads / writes text columns 0 to n-1 of a row.
+    template <class Table, std::size_t N>
+    static void ReadTexts(const Table& table, const typename Table::Row& row,
+                          CString* const (&texts)[N]);
+    template <class Table, std::size_t N>
+    static void WriteTexts(Table& table, typename Table::Row& row,
+                           const CString* const (&texts)[N]);
     // Whether the bindings of an item on a meta table carry exactly the overrides.
     bool SameOverrides(DWORD dictObjectId, DWORD metaTableKey, CDictOverrideMap& overrides);
+    // The row of the next registry row of the kind walk that has one in `table`,
+    // starting with registry id `dictObjectId`; null at the end of the walk.
+    template <class Table>
+    typename Table::Row* ItemOfKindWalk(Table& table, DWORD dictObjectId);
+    // A row walk in table order with a cursor of the manager.
+    template <class Table>
+    static typename Table::Row* NextRowOf(const Table& table, POSITION& cursor);
+    // Fills the outputs of a library / trigger / procedure walk from `row`.
+    BOOL LibraryFields(const CKelDictLibrary* row, DWORD& libraryId, CString& name,
+                       CString& description, int& integerField, CString& text,
+                       DWORD& dictObjectId) const;
+    BOOL TriggerFields(const CKelDictTrigger* row, DWORD& triggerId, CString& name,
+                       CString& description, int& integerField, DWORD& firstAttribute, DWORD& event,
+                       CString& text, DWORD& secondAttribute, DWORD& dictObjectId) const;
+    BOOL ProcedureFields(const CKelReusableProc* row, DWORD& procedureId, CString& name,
+                         CString& description, CString& text, DWORD& numericAttribute,
+                         DWORD& dictObjectId) const;
+    // Reads a macro file into `text` (lines joined with CR LF). A file that cannot be
+    // opened shows "Macro File: <path> not found" and gives false.
+    bool ReadMacroFile(CString& path, CString& text);
+    // The first library / trigger of the kind walk named exactly `name`: its key (0:
+    // none) and its other fields.
+    DWORD ExactLibrary(const char* name, CString& description, int& integerField, CString& body);
+    DWORD ExactTrigger(const char* name, CString& description, SDictTriggerNumbers& numbers,
+                       CString& body);
+    // The first library / trigger named exactly `name` gets `text` as its body (0),
+    // else a new system one is made (its key).
+    DWORD InsertOrUpdateSysLib(const char* name, CString& text);
+    DWORD InsertOrUpdateSysTrigger(const char* name, CString& text, DWORD event);
+    // Reads the platform's three library (or trigger) files and calls `apply(name,
+    // text, event)` for each one read, appending the non-zero keys to `newIds`.
+    template <class Apply>
+    void ApplySystemMacros(int platformCode, bool triggers, CList<DWORD, DWORD>& newIds,
+                           Apply&& apply);
     // Repeats `test` with name, name_1, name_2, ... while it answers -1.
     template <class Test>
     static LONG UniqueName(CString& name, Test&& test);
@@ -326,10 +629,20 @@ class CDictObjectMgr {
     std::unique_ptr<CEnhDataDictionaryTable> m_pDataDictionaries;
     std::unique_ptr<CEnhDictObjectTypeTable> m_pKinds;
     std::unique_ptr<CEnhDictObjectTable> m_pRegistry;
+    std::unique_ptr<CEnhDictLibraryTbl> m_pLibraries;
+    std::unique_ptr<CEnhDictTriggerTbl> m_pTriggers;
+    std::unique_ptr<CEnhReusableProcTbl> m_pProcedures;
     std::unique_ptr<CEnhReferenceValueTable> m_pReferenceValues;
+    std::unique_ptr<CEnhAttachmentTypeTable> m_pAttachmentTypes;
+    std::unique_ptr<CEnhValidAttachmentTypeTable> m_pValidAttachmentTypes;
+    std::unique_ptr<CEnhAttachmentTable> m_pAttachments;
     std::unique_ptr<CEnhDictionaryObjectLinkTable> m_pLinks;
 
-    bool m_bKindWalk = false;  // a first/next walk of one kind is under way
+    bool m_bKindWalk = false;                 // a first/next walk of one kind is under way
+    POSITION m_libraryRowCursor = nullptr;    // GetFirstLibraryRow / GetNextLibraryRow
+    POSITION m_triggerRowCursor = nullptr;    // ... triggers
+    POSITION m_procedureRowCursor = nullptr;  // ... procedures
+    CString m_macroFolder;                    // empty: beside the module
 };
 
 // ---- templates shared by the kinds' operations ----------------------------------------
@@ -344,7 +657,9 @@ DWORD CDictObjectMgr::CreateItem(DWORD code, Table& table, DWORD dataDictionaryI
     const typename Table::Row* row = table.GetRow(key);
     const DWORD globalId = row ? row->Global_User_ID : 0;
     UpdateDictObj(dictObjectId, globalId);
-    AssignDictObjToObjectDomain(dictObjectId, globalId);
+    // The tables of code items assign the domain inside their own insert.
+    if constexpr (!requires { Table::kAssignsObjectDomain; })
+        AssignDictObjToObjectDomain(dictObjectId, globalId);
     return key;
 }
 
@@ -379,6 +694,20 @@ bool CDictObjectMgr::TextsEqualNoCase(const Table& table, const typename Table::
     return true;
 }
 
+template <class Table, std::size_t N>
+void CDictObjectMgr::ReadTexts(const Table& table, const typename Table::Row& row,
+                               CString* const (&texts)[N]) {
+    for (std::size_t i = 0; i < N; ++i)
+        table.GetText(&row, static_cast<int>(i), *texts[i]);
+}
+
+template <class Table, std::size_t N>
+void CDictObjectMgr::WriteTexts(Table& table, typename Table::Row& row,
+                                const CString* const (&texts)[N]) {
+    for (std::size_t i = 0; i < N; ++i)
+        table.SetText(&row, static_cast<int>(i), *texts[i]);
+}
+
 template <class Test>
 LONG CDictObjectMgr::UniqueName(CString& name, Test&& test) {
     const CString base = name;
@@ -388,4 +717,16 @@ LONG CDictObjectMgr::UniqueName(CString& name, Test&& test) {
         result = test();
     }
     return result;
+}
+
+template <class Table>
+typename Table::Row* CDictObjectMgr::ItemOfKindWalk(Table& table, DWORD dictObjectId) {
+    for (; dictObjectId; dictObjectId = NextOfKind())
+        if (typename Table::Row* row = table.GetDictObjIDFKRow(dictObjectId)) return row;
+    return nullptr;
+}
+
+template <class Table>
+typename Table::Row* CDictObjectMgr::NextRowOf(const Table& table, POSITION& cursor) {
+    return cursor ? table.GetNextRow(cursor) : nullptr;
 }

@@ -2,12 +2,6 @@
 
 #include <memory>
 
-CString CKelReferenceValue::Read(int column) const {
-    CString text;
-    if (const CEnhReferenceValueTable* table = GetEnhTable()) table->GetText(this, column, text);
-    return text;
-}
-
 namespace {
 
 std::unique_ptr<CKelReferenceValue> NewRow(DWORD dictObjectId, BOOL isNotBetween, BOOL isRange,

@@ -23,15 +23,12 @@ class CEnhReferenceValueTable;
 class CKelReferenceValue final
     : public CKelDictItem<CReference_ValueBase, CEnhReferenceValueTable> {
   public:
-    CString GetName() const { return Read(0); }
-    CString GetDescription() const { return Read(1); }
-    CString GetValue() const { return Read(2); }
-    CString GetValueDescription() const { return Read(3); }
-    CString GetMinValue() const { return Read(4); }
-    CString GetMaxValue() const { return Read(5); }
-
-  private:
-    CString Read(int column) const;
+    CString GetName() const { return ReadText(0); }
+    CString GetDescription() const { return ReadText(1); }
+    CString GetValue() const { return ReadText(2); }
+    CString GetValueDescription() const { return ReadText(3); }
+    CString GetMinValue() const { return ReadText(4); }
+    CString GetMaxValue() const { return ReadText(5); }
 };
 
 struct SReferenceValueTraits : CEnhDictItemTraits<CKelReferenceValue> {

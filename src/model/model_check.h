@@ -37,7 +37,12 @@ namespace tessmeta {
     X(AlgorithmPropertyWithoutName, "algorithm-property-without-name")                            \
     X(AlgorithmPropertyWithoutDataType, "algorithm-property-without-data-type")                   \
     /* a row of a view's metadata names no view */                                                \
-    X(ViewRowWithoutView, "view-row-without-view")
+    X(ViewRowWithoutView, "view-row-without-view")                                                \
+    /* valid attachment types and attachments whose attachment type is missing; an      */        \
+    /* attachment bound on a meta table its type does not allow                          */       \
+    X(ValidAttachmentTypeWithoutType, "valid-attachment-type-without-attachment-type")            \
+    X(AttachmentWithoutType, "attachment-without-attachment-type")                                \
+    X(AttachmentBoundWhereNotValid, "attachment-bound-where-not-valid")
 
 enum class ECheckKind {
 #define TESSMETA_CHECK_KIND_ENUM(kind, name) kind,

@@ -4,11 +4,14 @@
 // registry id), optionally with a value override: a text of the name space owned by
 // the binding's own unique object (type "Bound Dictionary Object").
 //
-// Indexes, each a tree walked first/next (one walk of each at a time):
-//   - by item (the pattern's foreign-key index): every binding of an item;
+// Indexes, each walked first/next (one walk of each at a time):
+//   - by item (the pattern's foreign-key tree): every binding of an item;
 //   - by item and meta table: the bindings of an item on one class of object;
 //   - by model object: everything bound to one object.
-// All are filed on first use after a load.
+// All are filed on first use after a load. The last two are list indexes: a row
+// leaves them in constant time, so deleting the bindings of many items that share
+// model objects (all attachments of a type bound to the same columns) stays linear,
+// where a tree walks every binding of the object for each one it removes.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +28,12 @@ class CEnhBoundDictObjectTbl;
 // One binding: Bound_Dictionary_Object_ID (key), Dictionary_Object_ID,
 // Meta_Table_ID, Object_ID, Value_Override (string id), Global_User_ID.
 class CKelBoundDictObject final
-    : public CEnhRow<CBound_Dictionary_ObjectBase, CEnhBoundDictObjectTbl> {};
+    : public CEnhRow<CBound_Dictionary_ObjectBase, CEnhBoundDictObjectTbl> {
+  private:
+    friend class CEnhBoundDictObjectTbl;
+    SEnhListLink m_itemAndMetaTableLink;  // among the bindings of its item on its meta table
+    SEnhListLink m_objectLink;            // among the bindings of its model object
+};
 
 struct SBoundDictObjectTraits : CEnhTableTraits<CKelBoundDictObject> {
     static constexpr DWORD Row::*kForeignKey = &Row::Dictionary_Object_ID;
@@ -95,6 +103,8 @@ class CEnhBoundDictObjectTbl : public CEnhTable<SBoundDictObjectTraits> {
     }
     static std::int64_t ObjectOf(const CKelBoundDictObject& row) { return row.Object_ID; }
 
-    CEnhTreeIndex<CKelBoundDictObject, &ItemAndMetaTableOf> m_byItemAndMetaTable;
-    CEnhTreeIndex<CKelBoundDictObject, &ObjectOf> m_byObject;
+    CEnhListIndex<CKelBoundDictObject, &ItemAndMetaTableOf,
+                  &CKelBoundDictObject::m_itemAndMetaTableLink>
+        m_byItemAndMetaTable;
+    CEnhListIndex<CKelBoundDictObject, &ObjectOf, &CKelBoundDictObject::m_objectLink> m_byObject;
 };

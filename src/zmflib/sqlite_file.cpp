@@ -239,7 +239,8 @@ class CSqliteTable final : public CTableBase {
   protected:
     int DoInsert(const CDbObjectBase* row) override {
         ResetPositional();
-        if (!m_file.EnsureTableExists(GetDesc())) return 0;
+        // Once made, a table stays: the file's set of tables is not asked per row.
+        if (!m_created && !(m_created = m_file.EnsureTableExists(GetDesc()))) return 0;
         CBufferSink sink(&m_pending[static_cast<size_t>(m_pendingRows) * m_columns]);
         GetDesc().readRow(*row, sink);
         ++m_pendingRows;
@@ -403,6 +404,7 @@ class CSqliteTable final : public CTableBase {
     CSqliteZmfFile& m_file;  // not owned: the file owns this table
     const int m_columns;
     const std::string m_columnList;
+    bool m_created = false;  // the SQL table is known to exist
     int m_batchRows = 1;
     std::vector<SPendingValue> m_pending;  // m_batchRows x m_columns values
     int m_pendingRows = 0;

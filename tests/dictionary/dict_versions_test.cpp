@@ -1,7 +1,7 @@
 // Files of older format versions, written with what those versions stored, loaded
 // through the model: data-dictionary flags and domains, the shared global ids of
-// items and their registry rows, and the removal of registry rows left without
-// their item.
+// items and their registry rows (both passes, every kind with a table), and the
+// removal of registry rows left without their item.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -138,6 +138,103 @@ TEST(DictionaryVersions, OnlyTheOldestFilesGetADiagramSpecificDictionary) {
     EXPECT_EQ(description, CString("Diagram specific data dictionary."));
     EXPECT_NE(dict.GetDataDictionaryObjectDomainID(id), 0u);
     EXPECT_EQ(OpenAs(dir, bare.path, 500)->GetDictObjectMgr().GetNumOfDataDictionary(), 0);
+}
+
+// The global id of the row of an item of a kind with a table; 0 when missing.
+DWORD RowGlobalId(CDictObjectMgr& dict, DWORD item) {
+    int kind = 0;
+    DWORD key = 0;
+    if (!dict.GetBoundDictObject(item, kind, key)) return 0;
+    switch (kind) {
+        case tessmeta::kDictTrigger:
+            return dict.GetTriggerRow(key)->Global_User_ID;
+        case tessmeta::kDictLibrary:
+            return dict.GetLibraryRow(key)->Global_User_ID;
+        case tessmeta::kDictProcedure:
+            return dict.GetProcedureRow(key)->Global_User_ID;
+        case tessmeta::kDictAttachmentType:
+            return dict.GetAttachmentTypeRow(key)->Global_User_ID;
+        case tessmeta::kDictValidAttachmentType:
+            return dict.GetValidAttachmentTypeRow(key)->Global_User_ID;
+        case tessmeta::kDictAttachment:
+            return dict.GetAttachmentRow(key)->Global_User_ID;
+        default:
+            return 0;
+    }
+}
+
+// The first pass (triggers, procedures, libraries) and the second (attachment types,
+// valid attachment types, attachments) end alike: the item takes over the generic id
+// its registry row carried, typed by its kind, with the item's texts, in the data
+// dictionary's domain; the item's own former object is gone.
+TEST(DictionaryVersions, BothPassesOfTheSharedIdUpgradeEndAlike) {
+    TempDir dir;
+    const std::string path = dir.File("kinds.zmf");
+    struct SItem {
+        DWORD item = 0, own = 0, generic = 0;
+        int typeId = 0, nameUsage = 0;  // expected object type; name usage (0: no texts)
+    };
+    std::vector<SItem> items;
+    {
+        auto model = CModelFile::Create(path, nullptr);
+        CDictObjectMgr& dict = model->GetDictObjectMgr();
+        CGuidMgr& guids = model->GetGuidMgr();
+        CNameSpaceMgr& names = model->GetNameSpaceMgr();
+        const DWORD main = dict.GetDiagramSpecificData_Dictionary_ID();
+        CString n("Item"), e;
+        SItem t, l, p, at, vt, a;
+        dict.InsertTrigger(n, e, 0, 0, 1, e, 0, main, t.item, FALSE);
+        t.typeId = guids.GetDictionaryTriggerObjectTypeId();
+        t.nameUsage = names.GetDictionaryTriggerNameUsageId();
+        dict.InsertLibrary(n, e, 0, e, main, l.item, FALSE);
+        l.typeId = guids.GetDictionaryLibraryObjectTypeId();
+        l.nameUsage = names.GetDictionaryLibraryNameUsageId();
+        dict.InsertProcedure(n, e, e, 0, main, p.item, FALSE);
+        p.typeId = guids.GetReusableProcObjectTypeId();
+        p.nameUsage = names.GetReusableProcedureNameUsageId();
+        const DWORD type = dict.InsertAttachmentType(n, e, 0, main, at.item, FALSE);
+        at.typeId = guids.GetAttachmentTypeObjectTypeId();
+        at.nameUsage = names.GetAttachmentTypeNameUsageId();
+        dict.InsertValidAttachmentType(type, 1, 0, 0, vt.item, FALSE);
+        vt.typeId = guids.GetValidAttachmentTypeObjectTypeId();
+        dict.InsertAttachment(type, n, e, e, 0, a.item, FALSE);
+        a.typeId = guids.GetAttachmentObjectTypeId();
+        a.nameUsage = names.GetAttachmentNameUsageId();
+        for (SItem* it : {&t, &p, &l, &at, &vt, &a}) {
+            it->own = dict.GetGlobalIDUsingDictID(it->item);
+            it->generic =
+                static_cast<DWORD>(guids.GetNewUniqueId(CString("Dictionary Object"), 0, 0, 0));
+            dict.UpdateDictObj(it->item, it->generic);
+            items.push_back(*it);
+        }
+        ASSERT_TRUE(model->Save());
+    }
+    for (DWORD version : {502u, 530u}) {
+        SCOPED_TRACE(version);
+        auto model = OpenAs(dir, path, version);
+        ASSERT_TRUE(model);
+        CDictObjectMgr& dict = model->GetDictObjectMgr();
+        CGuidMgr& guids = model->GetGuidMgr();
+        for (const SItem& it : items) {
+            SCOPED_TRACE(dict.GetDictObjectType(it.item));
+            const DWORD shared = version == 502 ? it.generic : it.own;
+            EXPECT_EQ(RowGlobalId(dict, it.item), shared);
+            EXPECT_EQ(dict.GetGlobalIDUsingDictID(it.item), it.generic);  // kept at 530
+            EXPECT_EQ(guids.GetObjectTypeId(shared), it.typeId);
+            EXPECT_EQ(guids.IsUniqueObjectIdValid(static_cast<LONG>(it.own)), version != 502);
+            EXPECT_EQ(guids.GetUniqueObjectObjectDomainID(shared),
+                      dict.GetDictObjObjectDomainID(it.item));
+            if (it.nameUsage) {
+                EXPECT_NE(model->GetNameSpaceMgr().GetStringIdFromObjectAndUsageTypeIds(
+                              static_cast<int>(shared), it.nameUsage),
+                          0);
+            }
+        }
+        ASSERT_TRUE(model->Save());
+        EXPECT_EQ(tessmeta::CheckModelFile(model->GetFile())
+                      .Count(tessmeta::ECheckKind::UsageWithoutObject),
+                  0u);
+    }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Built against an installed tessmeta with find_package: creates a model file,
-// writes a row, reopens it and checks the row.
+// writes a row, reopens it and checks the row; reads the macro templates copied
+// beside it.
 #include <tessmeta.h>
 
 #include <cstdio>
@@ -27,5 +28,10 @@ int main(int argc, char** argv) {
     CBalancedTree tree;
     tree.Init();
     tree.Insert(7, &probe);
-    return tree.GetFirst(7) == &probe ? 0 : 1;
+    if (tree.GetFirst(7) != &probe) return 1;
+
+    auto model = tessmeta::CModelFile::CreateInMemory();
+    CList<DWORD, DWORD> libraries;
+    model->GetDictObjectMgr().InsertSystemTriggerLibs(1, libraries);
+    return libraries.GetCount() == 3 ? 0 : 1;
 }

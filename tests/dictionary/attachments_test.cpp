@@ -1,0 +1,357 @@
+// Attachment types, valid attachment types and attachments: the meta-table folding,
+// placement in data dictionaries, the three deletes and their cascades counted row
+// by row, uniqueness, walks and the integrity check; the round trip of the six new
+// tables (with libraries, triggers and procedures).
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "dictionary_test_util.h"
+#include "model/model_check.h"
+#include "support/test_support.h"
+
+using tessmeta::CModelFile;
+using tessmeta::ECheckKind;
+using tessmeta::test::ReadAll;
+using tessmeta::test::SDictFixture;
+using tessmeta::test::Store;
+using tessmeta::test::StoredRows;
+using tessmeta::test::TempDir;
+
+namespace {
+
+struct SAttachmentFixture : SDictFixture {
+    DWORD Type(const char* name, DWORD dataDictionary, DWORD* item = nullptr,
+               const char* description = "", int integerField = 0) {
+        CString n(name), d(description);
+        DWORD id = 0;
+        const DWORD key = dict.InsertAttachmentType(n, d, integerField, dataDictionary, id, FALSE);
+        if (item) *item = id;
+        return key;
+    }
+    DWORD Valid(DWORD type, DWORD metaTable, DWORD first = 0, DWORD second = 0) {
+        DWORD id = 0;
+        return dict.InsertValidAttachmentType(type, metaTable, first, second, id, FALSE);
+    }
+    DWORD Attachment(DWORD type, const char* name, DWORD* item = nullptr, const char* value = "",
+                     DWORD number = 0) {
+        CString n(name), d, v(value);
+        DWORD id = 0;
+        const DWORD key = dict.InsertAttachment(type, n, d, v, number, id, FALSE);
+        if (item) *item = id;
+        return key;
+    }
+    DWORD ItemOf(DWORD attachment) {
+        return dict.GetAttachmentRow(attachment)->Dictionary_Object_ID;
+    }
+    int Bindings() { return refs.GetBoundDictObjectTable()->GetCount(); }
+    int Registry() { return dict.GetDictObjectCountIn(main); }
+    LONG TypeUnique(CString& name, CValidAttTypeMap& valid, bool compare = true, bool loop = false,
+                    const char* description = "") {
+        CString d(description);
+        return loop ? dict.GetNameForUniqueAttachmentType(name, d, 0, valid, 0, compare)
+                    : dict.IsAttachmentTypeUnique(name, d, 0, valid, 0, compare);
+    }
+};
+
+TEST(Attachments, MetaTablesSixteenToTwentyFoldIntoEight) {
+    const struct {
+        int in, out;
+    } cases[] = {{15, 15}, {16, 8}, {18, 8}, {20, 8}, {21, 21}, {8, 8}, {0, 0}, {-16, -16}};
+    for (const auto& c : cases)
+        EXPECT_EQ(CDictObjectMgr::ValidAttTypeToBoundDictObjMetaTableID(c.in), c.out) << c.in;
+
+    SAttachmentFixture f;
+    const DWORD type = f.Type("Owner", f.main);
+    const DWORD owner = f.Attachment(type, "DBA");
+    EXPECT_FALSE(f.dict.IsAttachmentValidForType(owner, 8));  // no valid types yet
+    f.Valid(type, 17);
+    f.Valid(type, 3);
+    EXPECT_TRUE(f.dict.IsAttachmentValidForType(owner, 8));
+    EXPECT_TRUE(f.dict.IsAttachmentValidForType(owner, 3));
+    EXPECT_FALSE(f.dict.IsAttachmentValidForType(owner, 17));  // bindings never use 16..20
+    EXPECT_FALSE(f.dict.IsAttachmentValidForType(9999, 8));
+}
+
+TEST(Attachments, ItemsGoIntoTheirTypesDataDictionary) {
+    SAttachmentFixture f;
+    const DWORD sales = f.dict.CreateDataDictionary("Sales", "");
+    DWORD typeItem = 0, attachmentItem = 0;
+    const DWORD type = f.Type("Owner", sales, &typeItem);
+    const DWORD valid = f.Valid(type, 1, 5, 6);
+    const DWORD attachment = f.Attachment(type, "DBA", &attachmentItem, "team", 7);
+    const CKelValidAttachmentType* validRow = f.dict.GetValidAttachmentTypeRow(valid);
+    ASSERT_TRUE(validRow);
+    for (DWORD item : {typeItem, validRow->Dictionary_Object_ID, attachmentItem}) {
+        EXPECT_EQ(f.dict.GetData_Dictionary_ID(item), sales);
+        const DWORD globalId = f.dict.GetGlobalIDUsingDictID(item);
+        EXPECT_NE(globalId, 0u);
+        EXPECT_EQ(f.guids.GetUniqueObjectObjectDomainID(globalId),
+                  f.dict.GetDataDictionaryObjectDomainID(sales));
+    }
+    int kind = 0;
+    DWORD key = 0;
+    ASSERT_TRUE(f.dict.GetBoundDictObject(validRow->Dictionary_Object_ID, kind, key));
+    EXPECT_EQ(kind, 10);
+    EXPECT_EQ(key, valid);
+    ASSERT_TRUE(f.dict.GetBoundDictObject(attachmentItem, kind, key));
+    EXPECT_EQ(kind, 11);
+    EXPECT_EQ(key, attachment);
+
+    // Unknown types create nothing, not even a registry row.
+    const int registry = f.dict.GetDictObjectCountIn(sales) + f.Registry();
+    DWORD untouched = 0;
+    CString n("x");
+    EXPECT_EQ(f.dict.InsertAttachment(9999, n, n, n, 0, untouched, FALSE), 0u);
+    EXPECT_EQ(f.dict.InsertValidAttachmentType(9999, 1, 0, 0, untouched, FALSE), 0u);
+    EXPECT_EQ(f.dict.GetDictObjectCountIn(sales) + f.Registry(), registry);
+    EXPECT_EQ(untouched, 0u);
+
+    // The string-id form re-attaches the texts to the new item.
+    const CKelAttachment* row = f.dict.GetAttachmentRow(attachment);
+    DWORD copyItem = 0;
+    const DWORD copy =
+        f.dict.InsertAttachment(type, row->Name, row->Description, row->Value, 7, copyItem, FALSE);
+    CString name, description, value;
+    DWORD number = 0;
+    ASSERT_TRUE(f.dict.GetAttachmentData(copy, name, description, value, number));
+    EXPECT_EQ(name + "/" + value, CString("DBA/team"));
+    EXPECT_EQ(number, 7u);
+    EXPECT_EQ(f.dict.GetAttachmentTypeByAttGlobalUserId(f.dict.GetGlobalIDUsingDictID(copyItem)),
+              f.dict.GetAttachmentTypeRow(type));
+    EXPECT_EQ(f.dict.GetAttachmentTypeByAttGlobalUserId(0), nullptr);
+    CString upper("OWNER");
+    EXPECT_EQ(f.dict.GetAttachmentTypeByName(sales, upper), f.dict.GetAttachmentTypeRow(type));
+    EXPECT_EQ(f.dict.GetAttachmentTypeByName(f.main, upper), nullptr);
+}
+
+TEST(Attachments, DeletesCascadeRowByRow) {
+    SAttachmentFixture f;
+    const DWORD type = f.Type("Owner", f.main);
+    const DWORD valid = f.Valid(type, 16);  // bindings on meta table 8
+    f.Valid(type, 3);
+    DWORD a1 = 0, a2 = 0, other = 0;
+    const DWORD first = f.Attachment(type, "A1", &a1);
+    f.Attachment(type, "A2", &a2);
+    const DWORD otherType = f.Type("Other", f.main);
+    f.Valid(otherType, 8);
+    f.Attachment(otherType, "B", &other);
+    f.refs.InsertBoundDictObject(a1, 8, 100, "x");
+    f.refs.InsertBoundDictObject(a1, 8, 101, "");
+    f.refs.InsertBoundDictObject(a1, 3, 102, "");
+    f.refs.InsertBoundDictObject(a2, 8, 103, "");
+    f.refs.InsertBoundDictObject(other, 8, 104, "");  // another type's: stays throughout
+
+    // A valid type unbinds the type's attachments from its class only.
+    EXPECT_TRUE(f.dict.DeleteValidAttachmentType(valid));
+    EXPECT_EQ(f.Bindings(), 2);  // a1 on 3, other on 8
+    EXPECT_EQ(f.dict.GetValidAttachmentTypeCount(), 2);
+    EXPECT_EQ(f.dict.GetAttachmentCount(), 3);
+    EXPECT_FALSE(f.dict.DeleteValidAttachmentType(valid));
+
+    // An attachment takes all its bindings.
+    f.refs.InsertBoundDictObject(a1, 8, 100, "");
+    const DWORD globalId = f.dict.GetGlobalIDUsingDictID(a1);
+    int registry = f.Registry();
+    EXPECT_TRUE(f.dict.DeleteAttachment(first));
+    EXPECT_EQ(f.Bindings(), 1);
+    EXPECT_EQ(f.Registry(), registry - 1);
+    EXPECT_FALSE(f.guids.IsUniqueObjectIdValid(static_cast<LONG>(globalId)));
+    EXPECT_EQ(f.names.GetStringIdFromObjectAndUsageTypeIds(static_cast<int>(globalId),
+                                                           f.names.GetAttachmentNameUsageId()),
+              0);
+
+    // A type: its row, its valid type, its attachment, their registry rows and the
+    // attachment's bindings everywhere.
+    f.Valid(type, 20);
+    f.refs.InsertBoundDictObject(a2, 5, 105, "");
+    registry = f.Registry();
+    EXPECT_TRUE(f.dict.DeleteAttachmentType(type));
+    EXPECT_EQ(f.Registry(), registry - 4);  // type, two valid types, a2
+    EXPECT_EQ(f.dict.GetAttachmentTypeCount(), 1);
+    EXPECT_EQ(f.dict.GetValidAttachmentTypeCount(), 1);  // Other's
+    EXPECT_EQ(f.dict.GetAttachmentCount(), 1);
+    EXPECT_EQ(f.Bindings(), 1);  // other's
+    EXPECT_FALSE(f.dict.DeleteAttachmentType(type));
+    ASSERT_TRUE(f.model->Save());
+    EXPECT_EQ(tessmeta::CheckModelFile(f.model->GetFile()).ErrorCount(), 0u);
+}
+
+TEST(Attachments, DeletesRefuseWithoutAReferenceManager) {
+    SAttachmentFixture f;
+    const DWORD type = f.Type("Owner", f.main);
+    const DWORD valid = f.Valid(type, 1);
+    const DWORD attachment = f.Attachment(type, "A");
+    const DWORD empty = f.Type("Empty", f.main);
+    f.dict.SetRefObjMgr(nullptr);
+    const int registry = f.Registry();
+    EXPECT_FALSE(f.dict.DeleteAttachment(attachment));
+    EXPECT_FALSE(f.dict.DeleteValidAttachmentType(valid));
+    EXPECT_FALSE(f.dict.DeleteAttachmentType(type));
+    EXPECT_EQ(f.Registry(), registry);
+    EXPECT_NE(f.dict.GetAttachmentTypeRow(type), nullptr);
+    EXPECT_TRUE(f.dict.DeleteAttachmentType(empty));  // nothing to unbind
+    f.dict.SetRefObjMgr(&f.refs);
+    EXPECT_TRUE(f.dict.DeleteAttachmentType(type));
+    EXPECT_EQ(f.dict.GetAttachmentCount(), 0);
+}
+
+TEST(Attachments, TypesAreIdenticalOnlyWithTheSameValidTypes) {
+    SAttachmentFixture f;
+    const DWORD type = f.Type("Owner", f.main);
+    f.Valid(type, 1, 10, 11);
+    f.Valid(type, 2, 20, 21);
+    CKelValidAttachmentType one, two, otherAttributes;
+    one.Attribute_1 = 10;
+    one.Attribute_2 = 11;
+    two.Attribute_1 = 20;
+    two.Attribute_2 = 21;
+    otherAttributes.Attribute_1 = 20;
+    otherAttributes.Attribute_2 = 22;
+
+    CValidAttTypeMap map;
+    map.SetAt(1, &one);
+    map.SetAt(2, &two);
+    CString name("OWNER");
+    EXPECT_EQ(f.TypeUnique(name, map), static_cast<LONG>(type));
+    EXPECT_EQ(f.TypeUnique(name, map, false), -1);             // no comparison asked for
+    EXPECT_EQ(f.TypeUnique(name, map, true, false, "x"), -1);  // description differs
+    map.SetAt(2, &otherAttributes);
+    EXPECT_EQ(f.TypeUnique(name, map), -1);  // an attribute differs
+    map.SetAt(2, nullptr);
+    EXPECT_EQ(f.TypeUnique(name, map), -1);  // no row to compare
+    map.RemoveKey(2);
+    EXPECT_EQ(f.TypeUnique(name, map), -1);  // a valid type not in the map
+    map.SetAt(2, &two);
+    map.SetAt(3, &two);
+    EXPECT_EQ(f.TypeUnique(name, map), -1);  // an entry nothing matches
+    map.RemoveKey(3);
+    // Same name, description and integer field, valid for other classes: not the
+    // same type, so the loop suffixes the name.
+    CValidAttTypeMap elsewhere;
+    elsewhere.SetAt(7, &one);
+    name = "Owner";
+    EXPECT_EQ(f.TypeUnique(name, elsewhere, true, true), 0);
+    EXPECT_EQ(name, CString("Owner_1"));
+    const DWORD sales = f.dict.CreateDataDictionary("Sales", "");
+    name = "Owner";
+    CString none;
+    EXPECT_EQ(f.dict.IsAttachmentTypeUnique(name, none, 0, map, sales, true), 0);
+}
+
+TEST(Attachments, AttachmentNamesAreScopedByType) {
+    SAttachmentFixture f;
+    const DWORD a = f.Type("A", f.main), b = f.Type("B", f.main);
+    const DWORD owner = f.Attachment(a, "Owner", nullptr, "Team", 3);
+    CString name("owner"), none, value("TEAM");
+    EXPECT_EQ(f.dict.IsAttachmentUnique(b, name, none, value, 3, true), 0);
+    EXPECT_EQ(f.dict.IsAttachmentUnique(a, name, none, value, 3, true), static_cast<LONG>(owner));
+    EXPECT_EQ(f.dict.IsAttachmentUnique(a, name, none, value, 4, true), -1);
+    EXPECT_EQ(f.dict.IsAttachmentUnique(a, name, none, value, 3, false), -1);
+    f.Attachment(a, "owner_1", nullptr, "other");
+    EXPECT_EQ(f.dict.GetNameForUniqueAttachment(a, name, none, none, 3, true), 0);
+    EXPECT_EQ(name, CString("owner_2"));
+    EXPECT_EQ(f.dict.GetAttachmentRowByName(value = "OWNER", a), f.dict.GetAttachmentRow(owner));
+    EXPECT_EQ(f.dict.GetAttachmentRowByName(value, b), nullptr);
+}
+
+TEST(Attachments, WalksKeepTheirOrderThroughUpdates) {
+    SAttachmentFixture f;
+    const DWORD type = f.Type("T", f.main);
+    std::vector<DWORD> keys;
+    for (const char* name : {"a", "b", "c", "d"})
+        keys.push_back(f.Attachment(type, name));
+    CString rename("B2"), none;
+    ASSERT_TRUE(f.dict.UpdateAttachment(keys[1], rename, none, none, 9));
+    f.dict.UpdateValidAttachmentType(f.Valid(type, 4), 1, 2);
+    f.Valid(type, 5);
+    auto attachments = [&] {
+        std::vector<DWORD> walked;
+        for (auto* row = f.dict.GetFirstAttachmentFKRow(type); row;
+             row = f.dict.GetNextAttachmentFKRow())
+            walked.push_back(row->Attachment_ID);
+        return walked;
+    };
+    EXPECT_EQ(attachments(), keys);
+    std::vector<DWORD> metaTables;
+    for (auto* row = f.dict.GetFirstValidAttTypeAttTypeIDFKRow(type); row;
+         row = f.dict.GetNextValidAttTypeAttTypeIDFKRow())
+        metaTables.push_back(row->Meta_Table_ID);
+    EXPECT_EQ(metaTables, (std::vector<DWORD>{4, 5}));
+    const CKelValidAttachmentType* onFive = f.dict.GetFirstValidAttTypeMetaTableIDFKRow(5);
+    ASSERT_TRUE(onFive);
+    EXPECT_EQ(onFive->Attachment_Type_ID, type);
+    EXPECT_EQ(f.dict.GetNextValidAttTypeMetaTableIDFKRow(), nullptr);
+}
+
+TEST(Attachments, SixTablesSurviveSaveAndReopen) {
+    TempDir dir;
+    const std::string path = dir.File("attachments.zmf");
+    const std::initializer_list<const char*> tables = {
+        "Attachment_Type",    "Valid_Attachment_Type",  "Attachment",
+        "Dictionary_Library", "Dictionary_Trigger",     "Reusable_Procedure",
+        "Dictionary_Object",  "Bound_Dictionary_Object"};
+    std::vector<std::string> before;
+    DWORD type = 0, first = 0;
+    {
+        auto model = CModelFile::Create(path, nullptr);
+        CDictObjectMgr& dict = model->GetDictObjectMgr();
+        const DWORD main = dict.GetDiagramSpecificData_Dictionary_ID();
+        CString n("Owner"), d("Who"), none, v("team");
+        DWORD item = 0;
+        type = dict.InsertAttachmentType(n, d, 4, main, item, FALSE);
+        dict.InsertValidAttachmentType(type, 17, 1, 2, item, FALSE);
+        for (const char* name : {"x", "y", "z"}) {
+            CString an(name);
+            const DWORD key = dict.InsertAttachment(type, an, none, v, 3, item, FALSE);
+            if (!first) first = key;
+            model->GetRefObjectMgr().InsertBoundDictObject(item, 8, 50, "");
+        }
+        CString lines("line 1\r\nline 2\r\n");
+        dict.InsertLibrary(n, d, 1, lines, main, item, FALSE);
+        dict.InsertTrigger(n, d, 1, 2, 6, lines, 4, main, item, FALSE);
+        dict.InsertProcedure(n, d, lines, 9, main, item, FALSE);
+        ASSERT_TRUE(model->Save());
+        before = StoredRows(model->GetFile(), tables);
+    }
+    auto model = CModelFile::Open(path, nullptr);
+    ASSERT_TRUE(model);
+    CDictObjectMgr& dict = model->GetDictObjectMgr();
+    CString name, description;
+    int integerField = 0;
+    ASSERT_TRUE(dict.GetAttachmentTypeData(type, name, description, integerField));
+    EXPECT_EQ(name + "/" + description, CString("Owner/Who"));
+    EXPECT_EQ(integerField, 4);
+    EXPECT_EQ(dict.GetFirstAttachmentFKRow(type)->Attachment_ID, first);  // filed at first use
+    EXPECT_TRUE(dict.IsAttachmentValidForType(first, 8));
+    ASSERT_TRUE(model->Save());
+    EXPECT_EQ(StoredRows(model->GetFile(), tables), before);
+    EXPECT_TRUE(dict.DeleteAttachmentType(type));
+    EXPECT_EQ(model->GetRefObjectMgr().GetBoundDictObjectTable()->GetCount(), 0);
+}
+
+TEST(Attachments, CheckReportsBrokenTypesAndBindings) {
+    SAttachmentFixture f;
+    const DWORD type = f.Type("T", f.main);
+    f.Valid(type, 18);  // bindings on 8
+    DWORD item = 0;
+    f.Attachment(type, "a", &item);
+    f.refs.InsertBoundDictObject(item, 8, 1, "");
+    f.refs.InsertBoundDictObject(item, 2, 1, "");  // not allowed
+    ASSERT_TRUE(f.model->Save());
+    CZmfFile& file = f.model->GetFile();
+    auto report = tessmeta::CheckModelFile(file);
+    EXPECT_EQ(report.Count(ECheckKind::AttachmentBoundWhereNotValid), 1u);
+    EXPECT_EQ(report.ErrorCount(), 1u);
+
+    Store(file, "Attachment_Type", std::vector<CAttachment_TypeBase>{});
+    ASSERT_TRUE(file.Commit());
+    report = tessmeta::CheckModelFile(file);
+    EXPECT_EQ(report.Count(ECheckKind::ValidAttachmentTypeWithoutType), 1u);
+    EXPECT_EQ(report.Count(ECheckKind::AttachmentWithoutType), 1u);
+    EXPECT_EQ(report.Count(ECheckKind::AttachmentBoundWhereNotValid), 1u);
+    EXPECT_STREQ(tessmeta::CheckKindName(ECheckKind::AttachmentBoundWhereNotValid),
+                 "attachment-bound-where-not-valid");
+}
+
+}  // namespace
