@@ -6,8 +6,8 @@
 
 #include "dictionary/dict_object_mgr.h"
 #include "foundation/balanced_tree.h"
-#include "foundation/enh_services.h"
 #include "foundation/enh_indexes.h"
+#include "foundation/enh_services.h"
 #include "foundation/enh_table.h"
 #include "foundation/enh_table_base.h"
 #include "identity/global_id_maps.h"
@@ -20,3 +20,6 @@
 #include "namespace/name_space_mgr.h"
 #include "platform/cobject.h"
 #include "references/ref_object_mgr.h"
+#include "repository/delay_checkout_table.h"
+#include "repository/repo_messages.h"
+#include "repository/repo_table_manager.h"

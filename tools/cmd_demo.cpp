@@ -52,9 +52,9 @@ std::map<int, SExpected> BuildDemo(CModelFile& model) {
     return expected;
 }
 
-ULONG FirstEntity(const std::map<int, SExpected>& expected) {
+ULONG FirstOfType(const std::map<int, SExpected>& expected, const char* typeName) {
     for (const auto& [id, object] : expected)
-        if (object.typeName == "Entity") return static_cast<ULONG>(id);
+        if (object.typeName == typeName) return static_cast<ULONG>(id);
     return 0;
 }
 
@@ -91,7 +91,8 @@ int RunDemo(const std::string& path) {
     auto model = CModelFile::Create(path, &error);
     if (!model) return Fail(error);
     const auto expected = BuildDemo(*model);
-    const auto dictionaryDemo = BuildDictionaryDemo(*model, FirstEntity(expected));
+    const auto dictionaryDemo = BuildDictionaryDemo(*model, FirstOfType(expected, "Entity"));
+    const auto repositoryDemo = BuildRepositoryDemo(*model, FirstOfType(expected, "Model"));
     SModelSaveOptions options;
     options.purgeStrings = 1;
     if (!SaveModel(*model, options)) return kExitProblems;
@@ -99,8 +100,9 @@ int RunDemo(const std::string& path) {
 
     auto reopened = OpenModel(path);
     if (!reopened) return kExitProblems;
-    const int problems =
-        Verify(*reopened, expected) + VerifyDictionaryDemo(*reopened, *dictionaryDemo);
+    const int problems = Verify(*reopened, expected) +
+                         VerifyDictionaryDemo(*reopened, *dictionaryDemo) +
+                         VerifyRepositoryDemo(*reopened, *repositoryDemo);
     CGuidMgr& guids = reopened->GetGuidMgr();
     int strings = 0;
     LONG id;
@@ -116,6 +118,7 @@ int RunDemo(const std::string& path) {
     std::printf("  string usages      %d\n",
                 reopened->GetNameSpaceMgr().GetStringUsageTable().GetCount());
     PrintDictionarySummary(*reopened);
+    PrintRepositorySummary(*reopened);
     std::printf("  objects in repository state: %s\n", guids.HasRepositoryObject() ? "yes" : "no");
     std::printf("verified: %s\n", problems ? "NO" : "saved, reopened and identical");
     return problems ? kExitProblems : kExitOk;

@@ -74,6 +74,7 @@ int RunInfo(const std::string& path) {
     PrintDomains(model->GetGuidMgr());
     PrintUsageTypesInUse(model->GetNameSpaceMgr());
     PrintDictionaryInfo(*model);
+    PrintRepositoryInfo(*model);
     return kExitOk;
 }
 

@@ -40,6 +40,12 @@ struct SDictionaryDemo;
 std::shared_ptr<SDictionaryDemo> BuildDictionaryDemo(CModelFile& model, ULONG objectId);
 int VerifyDictionaryDemo(CModelFile& model, const SDictionaryDemo& expected);
 void PrintDictionarySummary(CModelFile& model);
+void PrintRepositoryInfo(CModelFile& model);
+struct SRepositoryDemo;
+// Records repository bookkeeping for new views of model `modelId`.
+std::shared_ptr<SRepositoryDemo> BuildRepositoryDemo(CModelFile& model, ULONG modelId);
+int VerifyRepositoryDemo(CModelFile& model, const SRepositoryDemo& expected);
+void PrintRepositorySummary(CModelFile& model);
 
 int RunNew(const std::string& path);
 int RunInfo(const std::string& path);
@@ -49,5 +55,6 @@ int RunUpgrade(const std::string& path, const std::string& output);
 int RunPurge(const std::string& path);
 int RunGen(const std::string& path, std::uint64_t objects, std::uint32_t seed);
 int RunDemo(const std::string& path);
+int RunRepo(const std::string& path);
 
 }  // namespace tessmeta::tool

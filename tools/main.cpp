@@ -56,6 +56,12 @@ int main(int argc, char** argv) {
         "demo", "Build a small model, save it, reopen it, verify it and print a summary");
     addFile(cmdDemo, "the .zmf file to create (must not exist)");
 
+    auto* cmdRepo = app.add_subcommand(
+        "repo",
+        "List what an exchange with the repository would carry: modified and deleted "
+        "objects, inter-model relationships, pending check-outs");
+    addFile(cmdRepo, "a model file");
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -73,5 +79,6 @@ int main(int argc, char** argv) {
     if (*cmdUpgrade) return RunUpgrade(file, output);
     if (*cmdPurge) return RunPurge(file);
     if (*cmdGen) return RunGen(file, objects, seed);
+    if (*cmdRepo) return RunRepo(file);
     return RunDemo(file);
 }

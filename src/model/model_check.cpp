@@ -44,7 +44,11 @@ const char* CheckKindName(ECheckKind kind) {
         "dictionary-object-with-unknown-kind",
         "dictionary-item-without-registry-row",
         "dictionary-object-with-unknown-data-dictionary",
-        "binding-without-dictionary-object"};
+        "binding-without-dictionary-object",
+        "link-without-relationship",
+        "relationship-without-object",
+        "modification-of-unknown-object",
+        "checkout-of-unknown-object"};
     return names[static_cast<int>(kind)];
 }
 
@@ -110,6 +114,7 @@ SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
     });
 
     CheckDictionary(file, out);
+    CheckRepository(file, objects, out);
     CheckDuplicateKeys(file, out);
     return report;
 }

@@ -23,6 +23,10 @@ enum class ECheckKind {
     DictItemWithoutRegistryRow,  // a dictionary item's row has no registry row
     DictObjectWithUnknownDictionary,  // a registry row's data dictionary does not exist
     BindingWithoutDictObject,         // a binding names a dictionary item that does not exist
+    LinkWithoutRelationship,      // an inter-model link names a relationship that does not exist
+    RelationshipWithoutObject,    // an inter-model relationship's object is not a unique object
+    ModificationOfUnknownObject,  // a modification row names an object that does not exist
+    CheckoutOfUnknownObject,      // a pending check-out names an object that does not exist
     kCheckKindCount
 };
 

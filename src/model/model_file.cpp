@@ -90,6 +90,12 @@ void CModelFile::LoadManagers(const SModelLoadOptions& options) {
                                                     m_refs.get(), m_loadedVersion);
     m_dictionary->Init();
     m_dictionary->CleanupInvalidDictionaryObjectIDs();
+    m_repository = std::make_unique<CRepoTableManager>(m_file.get(), m_guids.get(),
+                                                       m_dictionary.get(), m_loadedVersion);
+    m_delayedCheckouts = std::make_unique<CEnhDelayCheckoutTable>(m_file.get(), nullptr);
+    m_delayedCheckouts->Init(0);
+    m_guids->SetRepoTableMgr(m_repository.get());
+    m_guids->SetEnhDelayedCheckOutTable(m_delayedCheckouts.get());
 }
 
 void CModelFile::InitNewModel() {
@@ -103,6 +109,8 @@ bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
     m_names->Save(&file, options.writeUsages, options.purgeStrings);
     m_refs->Save(&file);
     m_dictionary->Save(&file);
+    m_repository->Save(&file, options.emptyModifications, options.keepModifications);
+    m_delayedCheckouts->Save(&file);
     // A failed insert shows in the file's error; the transaction then must not be
     // committed half-written.
     const bool ok = !file.HasError() && file.Commit();
@@ -116,6 +124,9 @@ void CModelFile::ReleaseStorageTables() {
     m_names->ReleaseStorageTables(0);
     m_refs->ReleaseStorageTables();
     m_dictionary->ReleaseStorageTables();
+    m_repository->ReleaseStorageTables();
+    if (*m_delayedCheckouts && m_delayedCheckouts->GetFile())
+        m_delayedCheckouts->GetFile()->ReleaseTable(m_delayedCheckouts->GetTablePtrAddr(), 0);
 }
 
 bool CModelFile::Save(const SModelSaveOptions& options) {

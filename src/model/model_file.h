@@ -18,6 +18,8 @@
 #include "identity/guid_mgr.h"
 #include "namespace/name_space_mgr.h"
 #include "references/ref_object_mgr.h"
+#include "repository/delay_checkout_table.h"
+#include "repository/repo_table_manager.h"
 #include "zmflib/zmf_file.h"
 
 namespace tessmeta {
@@ -38,6 +40,8 @@ struct SModelSaveOptions {
     CGlobalIdMaps* globalIdMaps = nullptr;  // not owned
     int newIdentity = 0;
     int keepIdentity = 0;
+    int emptyModifications = 0;  // repository: drop every modification row
+    int keepModifications = 0;   // repository: leave the stored modification rows as they are
 };
 
 class CModelFile {
@@ -71,6 +75,8 @@ class CModelFile {
     CNameSpaceMgr& GetNameSpaceMgr() { return *m_names; }
     CRefObjectMgr& GetRefObjectMgr() { return *m_refs; }
     CDictObjectMgr& GetDictObjectMgr() { return *m_dictionary; }
+    CRepoTableManager& GetRepoTableManager() { return *m_repository; }
+    CEnhDelayCheckoutTable& GetDelayCheckoutTable() { return *m_delayedCheckouts; }
 
     // Saves every manager into the model's own file as format version 530 and
     // commits. False (with GetLastError) when the record store failed.
@@ -96,6 +102,9 @@ class CModelFile {
     std::unique_ptr<CNameSpaceMgr> m_names;
     std::unique_ptr<CRefObjectMgr> m_refs;
     std::unique_ptr<CDictObjectMgr> m_dictionary;  // uses m_refs: destroyed before it
+    // Handed to m_guids, which never calls them while it is destroyed.
+    std::unique_ptr<CRepoTableManager> m_repository;
+    std::unique_ptr<CEnhDelayCheckoutTable> m_delayedCheckouts;
     std::string m_lastError;
 };
 
