@@ -15,11 +15,22 @@ CEnhRepoObjModTable::~CEnhRepoObjModTable() {
 
 void CEnhRepoObjModTable::Init(unsigned int bucketCount) {
     const UINT buckets = LoadBucketCount(bucketCount);
-    m_byKey.InitHashTable(buckets, TRUE);
-    m_byObject.InitHashTable(buckets, TRUE);
-    LoadRows<CKelObjectModifications>([this](std::unique_ptr<CKelObjectModifications> row) {
+    m_byKey.InitHashTable(buckets, FALSE);
+    m_byObject.InitHashTable(buckets, FALSE);
+    m_indexesPending = true;
+    ULONG highestKey = 0;
+    LoadRows<CKelObjectModifications>([&](std::unique_ptr<CKelObjectModifications> row) {
+        const ULONG key = row->GetTechKey();
+        if (m_indexesPending && key > highestKey) {
+            // Keys rising so far: no loaded row can have this one, and the indexes
+            // can wait until they are first needed.
+            highestKey = key;
+            DeclareKey(*row);
+            Append(row.release());
+            return;
+        }
         CKelObjectModifications* raw = row.release();
-        if (!Insert(raw)) delete raw;  // a refused row is dropped
+        if (!Enter(raw)) delete raw;  // a refused row is dropped
     });
 }
 
@@ -31,28 +42,48 @@ ULONG CEnhRepoObjModTable::Insert(ULONG objectId, LONG kind, int writeThrough) {
         return row->GetTechKey();
     }
     auto row = std::make_unique<CKelObjectModifications>();
-    row->SetTechKey(m_pKeys ? m_pKeys->AllocKeyValue(CObjectModificationBase::Desc().keyKind) : 0);
+    const ULONG key = m_pKeys ? m_pKeys->AllocKeyValue(KeyKind()) : 0;
+    row->SetTechKey(key);
     row->Object_ID = objectId;
     row->Modification_Kind = kind;
     CKelObjectModifications* added = row.release();
-    const ULONG key = Insert(added);
-    if (!key) {
+    if (key) {
+        // Allocated keys lie above every key the table holds: no row can have it.
+        Append(added);
+        m_byKey.SetAt(added, added);
+        FileByObject(added);
+    } else if (!Enter(added)) {
         delete added;
         return 0;
     }
     if (writeThrough) WriteThroughInsert(added, TableName());
-    return key;
+    return added->GetTechKey();
 }
 
-ULONG CEnhRepoObjModTable::Insert(CDbObjectBase* base) {
-    auto* row = dynamic_cast<CKelObjectModifications*>(base);
-    if (!row || GetRow(row->GetTechKey())) return 0;
-    const int keyKind = CObjectModificationBase::Desc().keyKind;
-    if (const ULONG key = row->GetTechKey()) {
-        if (m_pKeys) m_pKeys->SetKeyValue(keyKind, key);
-    } else if (m_pKeys) {
-        row->SetTechKey(m_pKeys->AllocKeyValue(keyKind));
-    }
+ULONG CEnhRepoObjModTable::Insert(CDbObjectBase* row) {
+    auto* modification = dynamic_cast<CKelObjectModifications*>(row);
+    return modification ? Enter(modification) : 0;
+}
+
+ULONG CEnhRepoObjModTable::Enter(CKelObjectModifications* row) {
+    EnsureIndexes();
+    if (GetRow(row->GetTechKey())) return 0;
+    DeclareKey(*row);
+    Append(row);
+    m_byKey.SetAt(row, row);
+    FileByObject(row);
+    return row->GetTechKey();
+}
+
+void CEnhRepoObjModTable::DeclareKey(CKelObjectModifications& row) {
+    if (!m_pKeys) return;
+    if (const ULONG key = row.GetTechKey())
+        m_pKeys->SetKeyValue(KeyKind(), key);
+    else
+        row.SetTechKey(m_pKeys->AllocKeyValue(KeyKind()));
+}
+
+void CEnhRepoObjModTable::Append(CKelObjectModifications* row) {
     row->m_bDataDictionary = IsDataDictionaryObject(row) != FALSE;
     row->m_pNextOfObject = nullptr;
     if (row->m_bDataDictionary)
@@ -60,12 +91,28 @@ ULONG CEnhRepoObjModTable::Insert(CDbObjectBase* base) {
     else
         AddRow(row);
     row->SetEnhTable(this);
-    m_byKey.SetAt(row, row);
-    FileByObject(row);
-    return row->GetTechKey();
+}
+
+void CEnhRepoObjModTable::EnsureIndexes() const {
+    if (!m_indexesPending) return;
+    m_indexesPending = false;
+    // List by list, in order: the same maps and chains as filing each row on entry.
+    for (POSITION pos = GetFirstRowPositionDiagObj(); pos;) {
+        CKelObjectModifications* row = GetNextRowDiagObj(pos);
+        row->m_pNextOfObject = nullptr;
+        m_byKey.SetAt(row, row);
+        FileByObject(row);
+    }
+    for (POSITION pos = GetFirstRowPositionDataDictObj(); pos;) {
+        CKelObjectModifications* row = GetNextRowDataDictObj(pos);
+        row->m_pNextOfObject = nullptr;
+        m_byKey.SetAt(row, row);
+        FileByObject(row);
+    }
 }
 
 CKelObjectModifications* CEnhRepoObjModTable::GetRow(ULONG key) const {
+    EnsureIndexes();
     CKelObjectModifications probe;
     probe.SetTechKey(key);
     CKelObjectModifications* row = nullptr;
@@ -74,6 +121,7 @@ CKelObjectModifications* CEnhRepoObjModTable::GetRow(ULONG key) const {
 }
 
 CKelObjectModifications* CEnhRepoObjModTable::GetFKRow(ULONG objectId) const {
+    EnsureIndexes();
     CKelObjectModifications* row = nullptr;
     m_byObject.Lookup(objectId, row);
     return row;
@@ -115,14 +163,26 @@ void CEnhRepoObjModTable::RemoveAll() {
 
 void CEnhRepoObjModTable::RemoveAllDiagObjBaseList() {
     std::vector<ULONG> ignored;
-    RemoveRows(
-        false, [](const CKelObjectModifications&) { return true; }, ignored);
+    RemoveAllRows(false, ignored);
 }
 
 void CEnhRepoObjModTable::RemoveAllDataDictObjBaseList() {
     std::vector<ULONG> ignored;
+    RemoveAllRows(true, ignored);
+}
+
+void CEnhRepoObjModTable::RemoveAllRows(bool dataDictionaryList, std::vector<ULONG>& deleted) {
+    // With the other list empty the table ends up empty: the maps are dropped at
+    // once instead of row by row.
+    if ((dataDictionaryList ? GetDiagObjCount() : GetDataDictObjCount()) == 0) DropIndexes();
     RemoveRows(
-        true, [](const CKelObjectModifications&) { return true; }, ignored);
+        dataDictionaryList, [](const CKelObjectModifications&) { return true; }, deleted);
+}
+
+void CEnhRepoObjModTable::DropIndexes() {
+    m_byKey.RemoveAll();
+    m_byObject.RemoveAll();
+    m_indexesPending = true;
 }
 
 BOOL CEnhRepoObjModTable::IsDataDictionaryObject(const CKelObjectModifications* row) const {
@@ -146,7 +206,7 @@ int CEnhRepoObjModTable::Save(CZmfFile* file, int emptyModifications, int keepMo
     return result;
 }
 
-void CEnhRepoObjModTable::FileByObject(CKelObjectModifications* row) {
+void CEnhRepoObjModTable::FileByObject(CKelObjectModifications* row) const {
     CKelObjectModifications*& head = m_byObject[row->Object_ID];
     if (!head) {
         head = row;
@@ -173,9 +233,10 @@ void CEnhRepoObjModTable::UnfileByObject(CKelObjectModifications* row) {
 }
 
 void CEnhRepoObjModTable::Unlink(CKelObjectModifications* row) {
-    CKelObjectModifications* mapped = nullptr;
-    if (m_byKey.Lookup(row, mapped) && mapped == row) m_byKey.RemoveKey(row);
-    UnfileByObject(row);
+    if (!m_indexesPending) {     // else they are built from the lists when first needed
+        m_byKey.RemoveKey(row);  // keys are unique in the table: the entry is this row's
+        UnfileByObject(row);
+    }
     if (row->m_bDataDictionary) {
         const POSITION position = row->GetListPosition();
         delete row;

@@ -16,7 +16,8 @@
 // answer in one hash probe: per object it chains the object's rows in exactly that
 // order (rows only ever join a list at its tail, so a new row goes after the
 // object's rows of its own list). A map by key serves GetRow. Neither changes an
-// answer a walk of the two lists would give.
+// answer a walk of the two lists would give. After a load both are filed on first
+// use, list by list: a session that only saves what it loaded never builds them.
 //
 // Ownership: the table owns every row of both lists. Removing a row from a list
 // (unlinking it, emptying a list) destroys it; a row pointer stays valid only until
@@ -101,6 +102,8 @@ class CEnhRepoObjModTable : public CEnhTableBase {
     // are left alone (the caller deletes them once the walk is over).
     template <class Take>
     void RemoveRows(bool dataDictionaryList, Take&& take, std::vector<ULONG>& deleted);
+    // The same for every row of the list.
+    void RemoveAllRows(bool dataDictionaryList, std::vector<ULONG>& deleted);
 
     // Whether a row belongs in the data-dictionary list (see above); FALSE for null.
     BOOL IsDataDictionaryObject(const CKelObjectModifications* row) const;
@@ -139,8 +142,20 @@ class CEnhRepoObjModTable : public CEnhTableBase {
         CMap<ULONG, ULONG, CKelObjectModifications*, CKelObjectModifications*, SObjectTraits>;
 
     static const char* TableName() { return CObjectModificationBase::Desc().name; }
+    static int KeyKind() { return CObjectModificationBase::Desc().keyKind; }
 
-    void FileByObject(CKelObjectModifications* row);
+    // Refused (0) when the key is taken; else declares or allocates the key, appends
+    // the row to its list and files it. Takes ownership when it succeeds.
+    ULONG Enter(CKelObjectModifications* row);
+    // Declares a row's key to the key allocator, or allocates one for key 0.
+    void DeclareKey(CKelObjectModifications& row);
+    // Appends the row to the list of its class (indexes untouched); takes ownership.
+    void Append(CKelObjectModifications* row);
+    // Files every row in the maps if a load (or a clearing) left them pending.
+    void EnsureIndexes() const;
+    // Empties the maps and leaves them to be filed again from the lists.
+    void DropIndexes();
+    void FileByObject(CKelObjectModifications* row) const;
     void UnfileByObject(CKelObjectModifications* row);
     // Takes the row out of the indexes and its list, and destroys it.
     void Unlink(CKelObjectModifications* row);
@@ -148,8 +163,11 @@ class CEnhRepoObjModTable : public CEnhTableBase {
     CGuidMgr* m_pGuids;           // not owned; may be null
     CIdentityMgr* m_pKeys;        // not owned
     CPtrList m_dataDictRows{10};  // owns its rows; the diagram list is the base's row list
-    CKeyMap m_byKey{10};
-    CObjectMap m_byObject{10};
+    // The indexes are derived from the lists: a load leaves them to be filed on
+    // first use (a lookup, an insert or a removal), hence mutable.
+    mutable CKeyMap m_byKey{10};
+    mutable CObjectMap m_byObject{10};
+    mutable bool m_indexesPending = false;
 };
 
 template <class Take>

@@ -10,9 +10,6 @@ constexpr ULONG kFirstRepairedVersion = 502;
 constexpr ULONG kBetaVersion = 501;
 constexpr int kRelationshipTableId = 57;
 
-bool Always(const CKelObjectModifications&) {
-    return true;
-}
 bool IsDeleted(const CKelObjectModifications& row) {
     return row.Modification_Kind == CEnhRepoObjModTable::kDeleted;
 }
@@ -135,20 +132,20 @@ void CRepoTableManager::ClearDataDictDeletedRows(ULONG domainId) {
 
 void CRepoTableManager::ClearDiagModsAndDels() {
     std::vector<ULONG> deleted;
-    m_pModifications->RemoveRows(false, Always, deleted);
+    m_pModifications->RemoveAllRows(false, deleted);
     DeleteObjects(deleted);
 }
 
 void CRepoTableManager::ClearDataDictModsAndDels() {
     std::vector<ULONG> deleted;
-    m_pModifications->RemoveRows(true, Always, deleted);
+    m_pModifications->RemoveAllRows(true, deleted);
     DeleteObjects(deleted);
 }
 
 void CRepoTableManager::ClearModsAndDels() {
     std::vector<ULONG> deleted;
-    m_pModifications->RemoveRows(false, Always, deleted);
-    m_pModifications->RemoveRows(true, Always, deleted);
+    m_pModifications->RemoveAllRows(false, deleted);
+    m_pModifications->RemoveAllRows(true, deleted);
     DeleteObjects(deleted);
 }
 

@@ -3,6 +3,7 @@
 // write-through reaching the file before any save.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "repository_test_util.h"
@@ -61,14 +62,14 @@ TEST(ObjectModifications, LookupAgreesWithAWalkOfBothLists) {
     std::vector<ULONG> objects;
     for (int i = 0; i < 6; ++i)
         objects.push_back(i % 2 ? m.Dictionary() : m.Diagram());
-    auto walk = [&](ULONG objectId) -> CKelObjectModifications* {
-        for (POSITION pos = m.mods.GetFirstRowPositionDiagObj(); pos;)
-            if (auto* row = m.mods.GetNextRowDiagObj(pos); row->Object_ID == objectId) return row;
-        for (POSITION pos = m.mods.GetFirstRowPositionDataDictObj(); pos;)
-            if (auto* row = m.mods.GetNextRowDataDictObj(pos); row->Object_ID == objectId)
-                return row;
+    auto walkIn = [](const CEnhRepoObjModTable& mods, ULONG objectId) -> CKelObjectModifications* {
+        for (POSITION pos = mods.GetFirstRowPositionDiagObj(); pos;)
+            if (auto* row = mods.GetNextRowDiagObj(pos); row->Object_ID == objectId) return row;
+        for (POSITION pos = mods.GetFirstRowPositionDataDictObj(); pos;)
+            if (auto* row = mods.GetNextRowDataDictObj(pos); row->Object_ID == objectId) return row;
         return nullptr;
     };
+    auto walk = [&](ULONG objectId) { return walkIn(m.mods, objectId); };
     const int entity = m.guids.GetObjectTypeId(CString("Entity"));
     const int dictionary = m.guids.GetObjectTypeId(CString("Default"));
     std::mt19937 random(7);
@@ -93,6 +94,9 @@ TEST(ObjectModifications, LookupAgreesWithAWalkOfBothLists) {
                 if (auto* row = walk(object))
                     (row->IsInDataDictionaryList() ? m.mods.RemoveDataDictObj(row)
                                                    : m.mods.RemoveDiagObj(row));
+                if (pick(40) == 0)
+                    pick(2) ? m.mods.RemoveAllDiagObjBaseList()
+                            : m.mods.RemoveAllDataDictObjBaseList();
                 break;
             default:
                 m.repo.InsertObjectModificationRow(object, 1 + pick(2), 0);
@@ -100,6 +104,41 @@ TEST(ObjectModifications, LookupAgreesWithAWalkOfBothLists) {
         for (ULONG id : objects)
             ASSERT_EQ(m.mods.GetFKRow(id), walk(id)) << "step " << step << ", object " << id;
     }
+    // Loaded back, with a stored row repeating a key: that row is dropped, and the
+    // lookups of the loaded table agree with a walk of its lists.
+    auto file = CZmfFile::OpenMemory();
+    ASSERT_EQ(m.mods.Save(file.get(), 0, 0), 1);
+    file->ReleaseTable(m.mods.GetTablePtrAddr(), 0);
+    const int rows = m.mods.GetDiagObjCount() + m.mods.GetDataDictObjCount();
+    ASSERT_GT(rows, 1);
+    // The highest key: the load has seen it by the time the repeated row comes.
+    ULONG highest = 0;
+    for (POSITION pos = m.mods.GetFirstRowPositionDiagObj(); pos;)
+        highest = std::max(highest, m.mods.GetNextRowDiagObj(pos)->GetTechKey());
+    for (POSITION pos = m.mods.GetFirstRowPositionDataDictObj(); pos;)
+        highest = std::max(highest, m.mods.GetNextRowDataDictObj(pos)->GetTechKey());
+    CObjectModificationBase repeated(highest);
+    repeated.Object_ID = objects[0];
+    file->GetTable("ObjectModification")->Insert(&repeated);
+    CEnhRepoObjModTable loaded(file.get(), &m.guids);
+    loaded.Init(0);
+    EXPECT_EQ(loaded.GetDiagObjCount() + loaded.GetDataDictObjCount(), rows);
+    for (ULONG id : objects)
+        EXPECT_EQ(loaded.GetFKRow(id), walkIn(loaded, id)) << "object " << id;
+
+    // Rising keys, then a repeat: the first row with the key stays.
+    auto small = CZmfFile::OpenMemory();
+    std::vector<CObjectModificationBase> stored;
+    for (ULONG key : {5u, 9u, 9u, 2u}) {
+        stored.emplace_back(key);
+        stored.back().Object_ID = 100 + static_cast<ULONG>(stored.size());
+    }
+    tessmeta::test::Store(*small, "ObjectModification", stored);
+    CEnhRepoObjModTable three(small.get(), nullptr);
+    three.Init(0);
+    EXPECT_EQ(ModRows(three), (CRows{{101, 0}, {102, 0}, {104, 0}}));
+    EXPECT_EQ(three.GetRow(9)->Object_ID, 102u);
+
     // Rows follow their object's class, and a removal refuses a row of the other list.
     const ULONG diagramObject = m.Diagram(), dictionaryObject = m.Dictionary();
     m.mods.RemoveAll();
