@@ -6,6 +6,21 @@
 #include "model/model_check_detail.h"
 
 namespace tessmeta {
+namespace {
+
+// Rows of `table` whose Object_ID is not a unique object.
+template <class Row>
+void CheckObjectKnown(CZmfFile& file, const char* table, const char* noun, ECheckKind kind,
+                      const std::unordered_set<DWORD>& objects, CReporter& out) {
+    ForEachRow<Row>(file, table, [&](const Row& row) {
+        if (!objects.count(row.Object_ID))
+            out.Add(kind, table,
+                    std::string(noun) + " " + std::to_string(row.GetTechKey()) + ": object " +
+                        std::to_string(row.Object_ID) + " is not a unique object");
+    });
+}
+
+}  // namespace
 
 void CheckRepository(CZmfFile& file, const std::unordered_set<DWORD>& objects, CReporter& out) {
     std::unordered_set<DWORD> relationships;
@@ -25,20 +40,11 @@ void CheckRepository(CZmfFile& file, const std::unordered_set<DWORD>& objects, C
                         "link " + std::to_string(row.InterModelObjectLink_ID) + ": relationship " +
                             std::to_string(row.InterModelRelationship_ID) + " does not exist");
         });
-    ForEachRow<CObjectModificationBase>(
-        file, "ObjectModification", [&](const CObjectModificationBase& row) {
-            if (!objects.count(row.Object_ID))
-                out.Add(ECheckKind::ModificationOfUnknownObject, "ObjectModification",
-                        "modification " + std::to_string(row.ObjectModification_ID) + ": object " +
-                            std::to_string(row.Object_ID) + " is not a unique object");
-        });
-    ForEachRow<CDelayed_CheckoutBase>(
-        file, "Delayed_Checkout", [&](const CDelayed_CheckoutBase& row) {
-            if (!objects.count(row.Object_ID))
-                out.Add(ECheckKind::CheckoutOfUnknownObject, "Delayed_Checkout",
-                        "check-out " + std::to_string(row.Delayed_Checkout_ID) + ": object " +
-                            std::to_string(row.Object_ID) + " is not a unique object");
-        });
+    CheckObjectKnown<CObjectModificationBase>(file, "ObjectModification", "modification",
+                                              ECheckKind::ModificationOfUnknownObject, objects,
+                                              out);
+    CheckObjectKnown<CDelayed_CheckoutBase>(file, "Delayed_Checkout", "check-out",
+                                            ECheckKind::CheckoutOfUnknownObject, objects, out);
 }
 
 }  // namespace tessmeta

@@ -3,8 +3,6 @@
 // file with more than one data dictionary, where the user is warned instead.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "repository_test_util.h"
 #include "support/test_support.h"
 
@@ -43,16 +41,12 @@ SOldFile WriteModel(const TempDir& dir, bool secondDictionary) {
     return old;
 }
 
-std::unique_ptr<CModelFile> OpenAs(const TempDir& dir, const std::string& path, DWORD version) {
-    const std::string copy =
-        dir.File(std::to_string(version) + "-" + std::filesystem::path(path).filename().string());
-    std::filesystem::copy_file(path, copy);
-    {
-        auto file = CZmfFile::Open(copy);
-        file->SetFormatVersion(version);
-        EXPECT_TRUE(file->Commit());
-    }
-    return CModelFile::Open(copy, nullptr);
+// The model as a file of `version` would load (the load repairs in memory only).
+std::unique_ptr<CModelFile> OpenAs(const std::string& path, DWORD version) {
+    auto file = CZmfFile::Open(path);
+    file->SetFormatVersion(version);
+    EXPECT_TRUE(file->Commit());
+    return CModelFile::Load(std::move(file));
 }
 
 TEST(RepositoryVersions, DeletedDictionaryObjectsOfOlderFiles) {
@@ -69,7 +63,7 @@ TEST(RepositoryVersions, DeletedDictionaryObjectsOfOlderFiles) {
     };
     for (const SCase& c : cases) {
         CapturedOutput output;
-        SRepoModel m(OpenAs(dir, c.old.path, c.version));
+        SRepoModel m(OpenAs(c.old.path, c.version));
         const std::string label = c.old.path + " as " + std::to_string(c.version);
         ASSERT_EQ(m.repo.IsDeletedDDObjFound(), 1) << label;
         if (c.warned) {
@@ -102,7 +96,7 @@ TEST(RepositoryVersions, DeletedDictionaryObjectsOfOlderFiles) {
 TEST(RepositoryVersions, WarningOncePerConstruction) {
     TempDir dir;
     const SOldFile two = WriteModel(dir, true);
-    auto model = OpenAs(dir, two.path, 530);
+    auto model = OpenAs(two.path, 530);
     CapturedOutput output;
     for (int i = 0; i < 2; ++i) {
         CRepoTableManager repo(&model->GetFile(), &model->GetGuidMgr(), &model->GetDictObjectMgr(),

@@ -144,6 +144,11 @@ TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
         {"UPDATE UniqueObject SET Object_Domain_ID = 77 WHERE Unique_Object_ID = 4",
          "object-with-unknown-domain"},
         {"INSERT INTO MetaTable VALUES (5, 'a'), (5, 'b')", "duplicate-key"},
+        {"UPDATE InterModelObjectLink SET InterModelRelationship_ID = 99",
+         "link-without-relationship"},
+        {"UPDATE InterModelRelationship SET Global_User_ID = 999", "relationship-without-object"},
+        {"UPDATE ObjectModification SET Object_ID = 999", "modification-of-unknown-object"},
+        {"UPDATE Delayed_Checkout SET Object_ID = 999", "checkout-of-unknown-object"},
     };
     int n = 0;
     for (auto [sql, kind] : damages) {
@@ -164,7 +169,7 @@ TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
               std::string::npos);
 }
 
-TEST_F(CommandTest, RepoListsTheExchangeAndCheckFindsRepositoryDamage) {
+TEST_F(CommandTest, RepoListsWhatAnExchangeWouldCarry) {
     const std::string demo = Demo();
     const std::string modified =
         SqlValue(demo, "SELECT Object_ID FROM ObjectModification WHERE Modification_Kind = 2");
@@ -179,23 +184,6 @@ TEST_F(CommandTest, RepoListsTheExchangeAndCheckFindsRepositoryDamage) {
     EXPECT_NE(repo.out.find(guid), std::string::npos);
     EXPECT_EQ(Run("repo " + dir.File("missing.zmf")).status, 2);
     EXPECT_NE(Run("info " + demo).out.find(CountLine("pending check-outs", 1)), std::string::npos);
-
-    const std::pair<const char*, const char*> damages[] = {
-        {"UPDATE InterModelObjectLink SET InterModelRelationship_ID = 99",
-         "link-without-relationship"},
-        {"UPDATE InterModelRelationship SET Global_User_ID = 999", "relationship-without-object"},
-        {"UPDATE ObjectModification SET Object_ID = 999", "modification-of-unknown-object"},
-        {"UPDATE Delayed_Checkout SET Object_ID = 999", "checkout-of-unknown-object"},
-    };
-    int n = 0;
-    for (auto [sql, kind] : damages) {
-        const std::string copy = dir.File("repo" + std::to_string(++n) + ".zmf");
-        std::filesystem::copy_file(demo, copy);
-        Sql(copy, sql);
-        const SRun run = Run("check " + copy);
-        EXPECT_EQ(run.status, 1) << kind;
-        EXPECT_NE(run.out.find(std::string(kind) + ": "), std::string::npos) << run.out;
-    }
 }
 
 TEST_F(CommandTest, PurgeDropsUnusedStringsAndSaysWhich) {
