@@ -1,10 +1,11 @@
 // The repository tables against baselines measured in the same run:
 //  - recording N modifications (every object modified, then every second one
 //    deleted) and clearing them all with ClearModsAndDels, which deletes the
-//    deleted objects, at N = 10,000 and 1,000,000: the time per row must not grow
+//    deleted objects, at N = 10,000, 100,000 and 1,000,000: the time per row must not grow
 //    with N. For contrast, the same work where each insert first looks for the
 //    object's row by walking both lists, as a table without an index would, at
-//    N = 2,000 and 10,000;
+//    N = 2,000 and 10,000; and the same with the heap's pages already touched, with
+//    every row "modified" (no object deletions), and for the table alone;
 //  - loading 1,000,000 modification rows from a .zmf file into the table (alone,
 //    and classified by a loaded identity manager of 1,000,000 objects), against a
 //    raw sqlite3_step scan of the same rows;
@@ -145,9 +146,10 @@ const CKelObjectModifications* WalkForObject(const CEnhRepoObjModTable& mods, UL
 }
 
 enum class EMode {
-    Indexed,         // as the table works
-    Walk,            // each insert first walks both lists
-    IndexedWarmHeap  // as the table works, with the heap's pages already touched
+    Indexed,          // as the table works
+    Walk,             // each insert first walks both lists
+    IndexedWarmHeap,  // as the table works, with the heap's pages already touched
+    ModifiedOnly      // the same, every row "modified": clearing deletes no object
 };
 
 // Keeps freed memory in the heap and touches `bytes` of it, so that the rows and
@@ -168,7 +170,8 @@ void WarmHeap(size_t bytes) {
 }
 
 // N objects, one in four of a data-dictionary type: every one recorded as
-// modified, every second one then as deleted, then all cleared.
+// modified, every second one then as deleted (not in ModifiedOnly), then all
+// cleared, which deletes the deleted objects through the identity manager.
 template <EMode kMode>
 void RecordAndClear(benchmark::State& state) {
     constexpr bool kWalk = kMode == EMode::Walk;
@@ -183,9 +186,10 @@ void RecordAndClear(benchmark::State& state) {
             ids[i] = static_cast<ULONG>(
                 guids.GetNewUniqueId(CString(i % 4 ? "Entity" : "Default"), 0, 0, 0));
         const int objectsBefore = guids.GetUniqueObjCount();
-        if (kMode == EMode::IndexedWarmHeap) WarmHeap(count * size_t{400});
+        constexpr bool kDeletes = kMode != EMode::ModifiedOnly;
+        if (kMode == EMode::IndexedWarmHeap || !kDeletes) WarmHeap(count * size_t{400});
         state.ResumeTiming();
-        for (int pass = 0; pass < 2; ++pass) {
+        for (int pass = 0; pass < (kDeletes ? 2 : 1); ++pass) {
             const LONG kind = pass ? CEnhRepoObjModTable::kDeleted : CEnhRepoObjModTable::kModified;
             for (ULONG i = pass; i < count; i += 1 + pass) {
                 if constexpr (kWalk)
@@ -196,9 +200,33 @@ void RecordAndClear(benchmark::State& state) {
         }
         repo.ClearModsAndDels();
         state.PauseTiming();
-        if (guids.GetUniqueObjCount() != objectsBefore - static_cast<int>(count / 2))
+        if (guids.GetUniqueObjCount() !=
+            objectsBefore - (kDeletes ? static_cast<int>(count / 2) : 0))
             state.SkipWithError("objects");
         model.reset();
+        state.ResumeTiming();
+    }
+    state.counters["ns_per_row"] =
+        benchmark::Counter(static_cast<double>(state.iterations() * count),
+                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+// The table alone, without an identity manager (every row in the diagram list): N
+// objects recorded as modified, then every row removed.
+void TableOnly(benchmark::State& state) {
+    const auto count = static_cast<ULONG>(state.range(0));
+    auto file = CZmfFile::OpenMemory();
+    for (auto _ : state) {
+        state.PauseTiming();
+        WarmHeap(count * size_t{200});
+        auto table = std::make_unique<CEnhRepoObjModTable>(file.get(), nullptr);
+        table->Init(0);
+        state.ResumeTiming();
+        for (ULONG id = 1; id <= count; ++id)
+            table->Insert(id, CEnhRepoObjModTable::kModified, 0);
+        table->RemoveAll();
+        state.PauseTiming();
+        table.reset();
         state.ResumeTiming();
     }
     state.counters["ns_per_row"] =
@@ -235,6 +263,26 @@ BENCHMARK_TEMPLATE(RecordAndClear, EMode::IndexedWarmHeap)
     ->Iterations(30)
     ->UseRealTime();
 BENCHMARK_TEMPLATE(RecordAndClear, EMode::IndexedWarmHeap)
+    ->Arg(100000)
+    ->Arg(1000000)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3)
+    ->UseRealTime();
+
+BENCHMARK_TEMPLATE(RecordAndClear, EMode::ModifiedOnly)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(30)
+    ->UseRealTime();
+BENCHMARK_TEMPLATE(RecordAndClear, EMode::ModifiedOnly)
+    ->Arg(100000)
+    ->Arg(1000000)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3)
+    ->UseRealTime();
+
+BENCHMARK(TableOnly)->Arg(10000)->Unit(benchmark::kMillisecond)->Iterations(30)->UseRealTime();
+BENCHMARK(TableOnly)
     ->Arg(100000)
     ->Arg(1000000)
     ->Unit(benchmark::kMillisecond)
