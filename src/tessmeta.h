@@ -6,8 +6,8 @@
 
 #include "dictionary/dict_object_mgr.h"
 #include "foundation/balanced_tree.h"
-#include "foundation/enh_services.h"
 #include "foundation/enh_indexes.h"
+#include "foundation/enh_services.h"
 #include "foundation/enh_table.h"
 #include "foundation/enh_table_base.h"
 #include "identity/global_id_maps.h"
@@ -23,3 +23,6 @@
 #include "references/ref_object_mgr.h"
 #include "views/view_edit_state.h"
 #include "views/view_meta_data_mgr.h"
+#include "repository/delay_checkout_table.h"
+#include "repository/repo_messages.h"
+#include "repository/repo_table_manager.h"

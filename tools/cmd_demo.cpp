@@ -95,6 +95,7 @@ int RunDemo(const std::string& path) {
     const auto expected = BuildDemo(*model);
     const auto dictionaryDemo = BuildDictionaryDemo(*model, FirstOfType(expected, "Entity"));
     const auto layoutAndView = BuildLayoutViewDemo(*model, FirstOfType(expected, "Model"));
+    const auto repositoryDemo = BuildRepositoryDemo(*model, FirstOfType(expected, "Model"));
     SModelSaveOptions options;
     options.purgeStrings = 1;
     if (!SaveModel(*model, options)) return kExitProblems;
@@ -104,7 +105,8 @@ int RunDemo(const std::string& path) {
     if (!reopened) return kExitProblems;
     const int problems = Verify(*reopened, expected) +
                          VerifyDictionaryDemo(*reopened, *dictionaryDemo) +
-                         VerifyLayoutViewDemo(*reopened, layoutAndView);
+                         VerifyLayoutViewDemo(*reopened, layoutAndView) +
+                         VerifyRepositoryDemo(*reopened, *repositoryDemo);
     CGuidMgr& guids = reopened->GetGuidMgr();
     int strings = 0;
     LONG id;
@@ -120,6 +122,7 @@ int RunDemo(const std::string& path) {
     std::printf("  string usages      %d\n",
                 reopened->GetNameSpaceMgr().GetStringUsageTable().GetCount());
     PrintDictionarySummary(*reopened);
+    PrintRepositorySummary(*reopened);
     std::printf("  objects in repository state: %s\n", guids.HasRepositoryObject() ? "yes" : "no");
     std::printf("  layout settings    %d parameter values of submodels %u and %u\n",
                 reopened->GetAutoLayoutDataMgr().GetAlgorithmPropertyTable().GetCount(),

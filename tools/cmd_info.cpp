@@ -75,6 +75,7 @@ int RunInfo(const std::string& path) {
     PrintUsageTypesInUse(model->GetNameSpaceMgr());
     PrintDictionaryInfo(*model);
     PrintLayoutAndViewSummary(*model);
+    PrintRepositoryInfo(*model);
     return kExitOk;
 }
 

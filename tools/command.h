@@ -40,6 +40,12 @@ struct SDictionaryDemo;
 std::shared_ptr<SDictionaryDemo> BuildDictionaryDemo(CModelFile& model, ULONG objectId);
 int VerifyDictionaryDemo(CModelFile& model, const SDictionaryDemo& expected);
 void PrintDictionarySummary(CModelFile& model);
+void PrintRepositoryInfo(CModelFile& model);
+struct SRepositoryDemo;
+// Records repository bookkeeping for new views of model `modelId`.
+std::shared_ptr<SRepositoryDemo> BuildRepositoryDemo(CModelFile& model, ULONG modelId);
+int VerifyRepositoryDemo(CModelFile& model, const SRepositoryDemo& expected);
+void PrintRepositorySummary(CModelFile& model);
 
 int RunNew(const std::string& path);
 int RunInfo(const std::string& path);
@@ -68,5 +74,6 @@ SLayoutViewDemo BuildLayoutViewDemo(CModelFile& model, ULONG modelId);
 int VerifyLayoutViewDemo(CModelFile& model, const SLayoutViewDemo& demo);
 // Creates or refreshes the system libraries and triggers of platform 1, 2 or 3.
 int RunSysMacros(const std::string& path, int platform);
+int RunRepo(const std::string& path);
 
 }  // namespace tessmeta::tool

@@ -70,6 +70,11 @@ int main(int argc, char** argv) {
     cmdSysMacros->add_option("--platform", platform, "1 Transact-SQL, 2 PL/SQL, 3 SQL PL")
         ->required()
         ->check(CLI::Range(1, 3));
+    auto* cmdRepo = app.add_subcommand(
+        "repo",
+        "List what an exchange with the repository would carry: modified and deleted "
+        "objects, inter-model relationships, pending check-outs");
+    addFile(cmdRepo, "a model file");
 
     try {
         app.parse(argc, argv);
@@ -90,5 +95,6 @@ int main(int argc, char** argv) {
     if (*cmdGen) return RunGen(file, objects, seed);
     if (*cmdLayout) return RunLayout(file, submodel);
     if (*cmdSysMacros) return RunSysMacros(file, platform);
+    if (*cmdRepo) return RunRepo(file);
     return RunDemo(file);
 }

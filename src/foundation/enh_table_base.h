@@ -133,6 +133,10 @@ class CEnhTableBase : public CObject {
     template <class Record, class Enter>
     void LoadRecords(Enter&& enter);
 
+    // Makes `file` the model file without touching its tables (a save that leaves
+    // the stored table as it is still moves the table to the file saved to).
+    void SetFile(CZmfFile* file) { m_pFile = file; }
+
     // Makes `file` the model file and holds its emptied table `tableName` with the
     // size estimate given. Returns the handle; null on failure.
     CTableBase* BeginSave(CZmfFile* file, const char* tableName, LONG sizeEstimate);

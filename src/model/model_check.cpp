@@ -106,6 +106,7 @@ SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
     CheckDictionary(file, out);
     CheckLayoutTables(file, out);
     CheckViewTables(file, out);
+    CheckRepository(file, objects, out);
     CheckDuplicateKeys(file, out);
     return report;
 }

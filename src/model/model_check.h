@@ -42,7 +42,13 @@ namespace tessmeta {
     /* attachment bound on a meta table its type does not allow                          */       \
     X(ValidAttachmentTypeWithoutType, "valid-attachment-type-without-attachment-type")            \
     X(AttachmentWithoutType, "attachment-without-attachment-type")                                \
-    X(AttachmentBoundWhereNotValid, "attachment-bound-where-not-valid")
+    X(AttachmentBoundWhereNotValid, "attachment-bound-where-not-valid")                           \
+    /* inter-model links whose relationship is missing, relationships whose object is  */         \
+    /* missing, modifications and pending check-outs of unknown objects                 */        \
+    X(LinkWithoutRelationship, "link-without-relationship")                                       \
+    X(RelationshipWithoutObject, "relationship-without-object")                                   \
+    X(ModificationOfUnknownObject, "modification-of-unknown-object")                              \
+    X(CheckoutOfUnknownObject, "checkout-of-unknown-object")
 
 enum class ECheckKind {
 #define TESSMETA_CHECK_KIND_ENUM(kind, name) kind,

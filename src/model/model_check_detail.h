@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <unordered_set>
 #include <utility>
 
 #include "model/model_check.h"
@@ -41,5 +42,7 @@ void ForEachRow(CZmfFile& file, const char* table, Visit&& visit) {
 
 // The checks of the data dictionary and its bindings.
 void CheckDictionary(CZmfFile& file, CReporter& out);
+// The checks of the repository bookkeeping; `objects` holds every unique object id.
+void CheckRepository(CZmfFile& file, const std::unordered_set<DWORD>& objects, CReporter& out);
 
 }  // namespace tessmeta

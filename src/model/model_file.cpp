@@ -94,6 +94,12 @@ void CModelFile::LoadManagers(const SModelLoadOptions& options) {
     m_layout->Init();
     m_views = std::make_unique<CViewMetaDataMgr>(m_names.get(), m_guids.get(), m_file.get());
     m_views->Init();
+    m_repository = std::make_unique<CRepoTableManager>(m_file.get(), m_guids.get(),
+                                                       m_dictionary.get(), m_loadedVersion);
+    m_delayedCheckouts = std::make_unique<CEnhDelayCheckoutTable>(m_file.get(), nullptr);
+    m_delayedCheckouts->Init(0);
+    m_guids->SetRepoTableMgr(m_repository.get());
+    m_guids->SetEnhDelayedCheckOutTable(m_delayedCheckouts.get());
 }
 
 void CModelFile::InitNewModel() {
@@ -109,6 +115,8 @@ bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
     m_dictionary->Save(&file);
     m_layout->Save(&file);
     m_views->Save(&file);
+    m_repository->Save(&file, options.emptyModifications, options.keepModifications);
+    m_delayedCheckouts->Save(&file);
     // A failed insert shows in the file's error; the transaction then must not be
     // committed half-written.
     const bool ok = !file.HasError() && file.Commit();
@@ -124,6 +132,9 @@ void CModelFile::ReleaseStorageTables() {
     m_dictionary->ReleaseStorageTables();
     m_layout->ReleaseStorageTables(0);
     m_views->ReleaseStorageTables(0);
+    m_repository->ReleaseStorageTables();
+    if (*m_delayedCheckouts && m_delayedCheckouts->GetFile())
+        m_delayedCheckouts->GetFile()->ReleaseTable(m_delayedCheckouts->GetTablePtrAddr(), 0);
 }
 
 bool CModelFile::Save(const SModelSaveOptions& options) {

@@ -20,6 +20,8 @@
 #include "namespace/name_space_mgr.h"
 #include "references/ref_object_mgr.h"
 #include "views/view_meta_data_mgr.h"
+#include "repository/delay_checkout_table.h"
+#include "repository/repo_table_manager.h"
 #include "zmflib/zmf_file.h"
 
 namespace tessmeta {
@@ -40,6 +42,8 @@ struct SModelSaveOptions {
     CGlobalIdMaps* globalIdMaps = nullptr;  // not owned
     int newIdentity = 0;
     int keepIdentity = 0;
+    int emptyModifications = 0;  // repository: drop every modification row
+    int keepModifications = 0;   // repository: leave the stored modification rows as they are
 };
 
 class CModelFile {
@@ -76,6 +80,8 @@ class CModelFile {
     CDictObjectMgr& GetDictObjectMgr() { return *m_dictionary; }
     CAutoLayoutDataMgr& GetAutoLayoutDataMgr() { return *m_layout; }
     CViewMetaDataMgr& GetViewMetaDataMgr() { return *m_views; }
+    CRepoTableManager& GetRepoTableManager() { return *m_repository; }
+    CEnhDelayCheckoutTable& GetDelayCheckoutTable() { return *m_delayedCheckouts; }
 
     // Saves every manager into the model's own file as format version 530 and
     // commits. False (with GetLastError) when the record store failed.
@@ -104,6 +110,9 @@ class CModelFile {
     // After the managers they borrow: destroyed before them.
     std::unique_ptr<CAutoLayoutDataMgr> m_layout;
     std::unique_ptr<CViewMetaDataMgr> m_views;
+    // Handed to m_guids, which never calls them while it is destroyed.
+    std::unique_ptr<CRepoTableManager> m_repository;
+    std::unique_ptr<CEnhDelayCheckoutTable> m_delayedCheckouts;
     std::string m_lastError;
 };
 

@@ -151,6 +151,11 @@ TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
          "algorithm-property-without-name"},
         {"UPDATE Algorithm_Property SET Data_Type_ID = 99", "algorithm-property-without-data-type"},
         {"DELETE FROM View_Table", "view-row-without-view"},
+        {"UPDATE InterModelObjectLink SET InterModelRelationship_ID = 99",
+         "link-without-relationship"},
+        {"UPDATE InterModelRelationship SET Global_User_ID = 999", "relationship-without-object"},
+        {"UPDATE ObjectModification SET Object_ID = 999", "modification-of-unknown-object"},
+        {"UPDATE Delayed_Checkout SET Object_ID = 999", "checkout-of-unknown-object"},
     };
     int n = 0;
     for (auto [sql, kind] : damages) {
@@ -191,6 +196,23 @@ TEST_F(CommandTest, LayoutPrintsTheSettingsOfOneOrEverySubmodel) {
     EXPECT_TRUE(OneLine(none.err)) << none.err;
     EXPECT_EQ(Run("layout " + demo + " --submodel 0").status, 2);
     EXPECT_EQ(Run("layout " + dir.File("missing.zmf")).status, 2);
+}
+
+TEST_F(CommandTest, RepoListsWhatAnExchangeWouldCarry) {
+    const std::string demo = Demo();
+    const std::string modified =
+        SqlValue(demo, "SELECT Object_ID FROM ObjectModification WHERE Modification_Kind = 2");
+    const std::string guid =
+        SqlValue(demo, "SELECT Object_GUID FROM UniqueObject WHERE Unique_Object_ID = " + modified);
+    const SRun repo = Run("repo " + demo);
+    ASSERT_EQ(repo.status, 0) << repo.err;
+    for (const char* section : {"modified objects (1):", "deleted objects (1):",
+                                "inter-model relationships (1):", "pending check-outs (1):"})
+        EXPECT_NE(repo.out.find(section), std::string::npos) << repo.out;
+    EXPECT_NE(repo.out.find(modified + " "), std::string::npos);
+    EXPECT_NE(repo.out.find(guid), std::string::npos);
+    EXPECT_EQ(Run("repo " + dir.File("missing.zmf")).status, 2);
+    EXPECT_NE(Run("info " + demo).out.find(CountLine("pending check-outs", 1)), std::string::npos);
 }
 
 TEST_F(CommandTest, PurgeDropsUnusedStringsAndSaysWhich) {
