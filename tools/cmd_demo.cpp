@@ -85,6 +85,7 @@ int RunDemo(const std::string& path) {
     auto model = CModelFile::Create(path, &error);
     if (!model) return Fail(error);
     const auto expected = BuildDemo(*model);
+    const SMetadataDemo metadata = BuildMetadataDemo(*model);
     SModelSaveOptions options;
     options.purgeStrings = 1;
     if (!SaveModel(*model, options)) return kExitProblems;
@@ -92,7 +93,7 @@ int RunDemo(const std::string& path) {
 
     auto reopened = OpenModel(path);
     if (!reopened) return kExitProblems;
-    const int problems = Verify(*reopened, expected);
+    int problems = Verify(*reopened, expected);
     CGuidMgr& guids = reopened->GetGuidMgr();
     int strings = 0;
     LONG id;
@@ -108,6 +109,7 @@ int RunDemo(const std::string& path) {
     std::printf("  string usages      %d\n",
                 reopened->GetNameSpaceMgr().GetStringUsageTable().GetCount());
     std::printf("  objects in repository state: %s\n", guids.HasRepositoryObject() ? "yes" : "no");
+    problems += VerifyMetadataDemo(*reopened, metadata);
     std::printf("verified: %s\n", problems ? "NO" : "saved, reopened and identical");
     return problems ? kExitProblems : kExitOk;
 }

@@ -73,6 +73,7 @@ int RunInfo(const std::string& path) {
     PrintObjectsPerType(model->GetGuidMgr());
     PrintDomains(model->GetGuidMgr());
     PrintUsageTypesInUse(model->GetNameSpaceMgr());
+    PrintMetadataInfo(*model);
     return kExitOk;
 }
 

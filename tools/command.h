@@ -39,5 +39,22 @@ int RunUpgrade(const std::string& path, const std::string& output);
 int RunPurge(const std::string& path);
 int RunGen(const std::string& path, std::uint64_t objects, std::uint32_t seed);
 int RunDemo(const std::string& path);
+int RunProps(const std::string& path, std::uint32_t objectId);
+
+// The metadata parts of info and demo (cmd_props.cpp).
+void PrintMetadataInfo(CModelFile& model);
+struct SMetadataDemo {
+    ULONG modelId = 0;
+    ULONG entityId = 0;
+    int properties = 0;
+    int codeObjects = 0;
+    EPropertyResult refused = EPropertyResult::Done;  // a value outside the allowed list
+};
+// Sets properties and overrides on the model's first entity and creates one code
+// object of each kind in its first model.
+SMetadataDemo BuildMetadataDemo(CModelFile& model);
+// Checks the reopened model against the demo and prints its lines of the summary;
+// returns the number of problems.
+int VerifyMetadataDemo(CModelFile& model, const SMetadataDemo& demo);
 
 }  // namespace tessmeta::tool

@@ -56,6 +56,14 @@ int main(int argc, char** argv) {
         "demo", "Build a small model, save it, reopen it, verify it and print a summary");
     addFile(cmdDemo, "the .zmf file to create (must not exist)");
 
+    std::uint32_t objectId = 0;
+    auto* cmdProps =
+        app.add_subcommand("props", "List an object's properties and display overrides");
+    addFile(cmdProps, "a model file");
+    cmdProps->add_option("OBJECT-ID", objectId, "the object's id (its row id in its table)")
+        ->required()
+        ->check(CLI::Range(std::uint32_t{1}, std::uint32_t{4294967295u}));
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -73,5 +81,6 @@ int main(int argc, char** argv) {
     if (*cmdUpgrade) return RunUpgrade(file, output);
     if (*cmdPurge) return RunPurge(file);
     if (*cmdGen) return RunGen(file, objects, seed);
+    if (*cmdProps) return RunProps(file, objectId);
     return RunDemo(file);
 }

@@ -1,14 +1,16 @@
 #include "model/model_check.h"
 
+#include <iterator>
 #include <memory>
 #include <unordered_set>
 
+#include "model/metadata_check.h"
 #include "zmflib/iterators.h"
 
 namespace tessmeta {
 namespace {
 
-constexpr int kKindCount = 8;
+constexpr int kKindCount = kCheckKindCount;
 
 // A short text under which a string is never purged.
 constexpr int kPurgeProofLength = 6;
@@ -56,10 +58,18 @@ void CheckDuplicateKeys(CZmfFile& file, CReporter& out) {
 }  // namespace
 
 const char* CheckKindName(ECheckKind kind) {
-    static const char* const names[kKindCount] = {
-        "store-damage",         "usage-without-string",     "usage-without-usage-type",
-        "usage-without-object", "object-with-unknown-type", "object-with-unknown-domain",
-        "duplicate-key",        "purgeable-string"};
+    static const char* const names[] = {"store-damage",
+                                        "usage-without-string",
+                                        "usage-without-usage-type",
+                                        "usage-without-object",
+                                        "object-with-unknown-type",
+                                        "object-with-unknown-domain",
+                                        "duplicate-key",
+                                        "purgeable-string",
+                                        "member-without-meta-table",
+                                        "property-value-without-property",
+                                        "code-object-without-model"};
+    static_assert(std::size(names) == kKindCount, "one name per kind");
     return names[static_cast<int>(kind)];
 }
 
@@ -129,6 +139,9 @@ SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
                     "string " + std::to_string(r.String_ID) + " has no usage");
         });
 
+    CheckMetadataTables(file, objects, [&](ECheckKind kind, const char* table, std::string detail) {
+        out.Add(kind, table, std::move(detail));
+    });
     CheckDuplicateKeys(file, out);
     return report;
 }

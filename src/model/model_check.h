@@ -19,7 +19,13 @@ enum class ECheckKind {
     ObjectWithUnknownDomain,  // a unique object's domain id names no domain
     DuplicateKey,             // two rows of one table share a key
     PurgeableString,          // a string no usage keeps: a purging save drops it (not an error)
+    MemberWithoutMetaTable,   // a meta-class member's meta table does not exist
+    PropertyValueWithoutProperty,  // an allowed value or an object's value names no property
+    CodeObjectWithoutModel,        // a code object's model is not a unique object
+    Count                          // the number of kinds; keep last
 };
+
+constexpr int kCheckKindCount = static_cast<int>(ECheckKind::Count);
 
 // The stable, lower-case name of a kind ("usage-without-string", ...).
 const char* CheckKindName(ECheckKind kind);
@@ -31,8 +37,8 @@ struct SCheckFinding {
 };
 
 struct SCheckReport {
-    std::vector<SCheckFinding> findings;  // at most `detailLimit` per kind
-    std::size_t counts[8] = {};           // every finding, by kind (ECheckKind order)
+    std::vector<SCheckFinding> findings;       // at most `detailLimit` per kind
+    std::size_t counts[kCheckKindCount] = {};  // every finding, by kind (ECheckKind order)
 
     std::size_t Count(ECheckKind kind) const { return counts[static_cast<int>(kind)]; }
     // Everything but purgeable strings.

@@ -82,6 +82,22 @@ void CModelFile::LoadManagers(const SModelLoadOptions& options) {
     m_names = std::make_unique<CNameSpaceMgr>(m_file.get());
     m_names->Init(options.usageBuckets, options.stringBuckets, options.stringsOnly,
                   options.buildRoleIndex, options.deferUsageLoad);
+    LoadMetadataManagers();
+}
+
+void CModelFile::LoadMetadataManagers() {
+    CZmfFile* file = m_file.get();
+    m_metaTables = std::make_unique<CEnhMetaTableTbl>(file);
+    m_metaTables->Init(0);
+    m_members = std::make_unique<CEnhMetaClassMemberTbl>(file, m_guids.get());
+    m_members->Init(0);
+    m_properties =
+        std::make_unique<CPropertyMgr>(file, m_guids.get(), m_metaTables.get(), m_members.get());
+    m_properties->Init(0);
+    m_overrides = std::make_unique<CObjectPropOverrideMgr>(file, m_guids.get());
+    m_overrides->Init(0);
+    m_schema = std::make_unique<CSchemaObjectMgr>(m_names.get(), m_guids.get(), file);
+    m_schema->Init(0);
 }
 
 bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
@@ -89,6 +105,11 @@ bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
     file.SetFormatVersion(kCurrentFormatVersion);
     m_guids->Save(&file, options.globalIdMaps, options.newIdentity, options.keepIdentity);
     m_names->Save(&file, options.writeUsages, options.purgeStrings);
+    m_metaTables->Save(&file);
+    m_members->Save(&file);
+    m_properties->Save(&file);
+    m_overrides->Save(&file);
+    m_schema->Save(&file);
     // A failed insert shows in the file's error; the transaction then must not be
     // committed half-written.
     const bool ok = !file.HasError() && file.Commit();
@@ -100,6 +121,11 @@ bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
 void CModelFile::ReleaseStorageTables() {
     m_guids->ReleaseStorageTables(0);
     m_names->ReleaseStorageTables(0);
+    ReleaseSavedTable(*m_metaTables, 0);
+    ReleaseSavedTable(*m_members, 0);
+    m_properties->ReleaseStorageTables(0);
+    m_overrides->ReleaseStorageTables(0);
+    m_schema->ReleaseStorageTables(0);
 }
 
 bool CModelFile::Save(const SModelSaveOptions& options) {

@@ -15,7 +15,12 @@
 
 #include "identity/global_id_maps.h"
 #include "identity/guid_mgr.h"
+#include "metadata/meta_class_member_table.h"
+#include "metadata/meta_table_table.h"
+#include "metadata/object_prop_override_mgr.h"
+#include "metadata/property_mgr.h"
 #include "namespace/name_space_mgr.h"
+#include "schema/schema_object_mgr.h"
 #include "zmflib/zmf_file.h"
 
 namespace tessmeta {
@@ -66,6 +71,13 @@ class CModelFile {
     DWORD GetLoadedFormatVersion() const { return m_loadedVersion; }
     CGuidMgr& GetGuidMgr() { return *m_guids; }
     CNameSpaceMgr& GetNameSpaceMgr() { return *m_names; }
+    // Metadata (docs/metadata.md): the meta tables, their members, properties and
+    // colour and font overrides; and the schema code objects.
+    CEnhMetaTableTbl& GetMetaTableTbl() { return *m_metaTables; }
+    CEnhMetaClassMemberTbl& GetMetaClassMemberTbl() { return *m_members; }
+    CPropertyMgr& GetPropertyMgr() { return *m_properties; }
+    CObjectPropOverrideMgr& GetObjectPropOverrideMgr() { return *m_overrides; }
+    CSchemaObjectMgr& GetSchemaObjectMgr() { return *m_schema; }
 
     // Saves every manager into the model's own file as format version 530 and
     // commits. False (with GetLastError) when the record store failed.
@@ -79,6 +91,7 @@ class CModelFile {
   private:
     explicit CModelFile(std::unique_ptr<CZmfFile> file);
     void LoadManagers(const SModelLoadOptions& options);
+    void LoadMetadataManagers();
     bool SaveInto(CZmfFile& file, const SModelSaveOptions& options);
     void ReleaseStorageTables();
 
@@ -87,6 +100,11 @@ class CModelFile {
     // Declared after the file: destroyed first, while the file still exists.
     std::unique_ptr<CGuidMgr> m_guids;
     std::unique_ptr<CNameSpaceMgr> m_names;
+    std::unique_ptr<CEnhMetaTableTbl> m_metaTables;
+    std::unique_ptr<CEnhMetaClassMemberTbl> m_members;
+    std::unique_ptr<CPropertyMgr> m_properties;  // declared after the tables it borrows
+    std::unique_ptr<CObjectPropOverrideMgr> m_overrides;
+    std::unique_ptr<CSchemaObjectMgr> m_schema;
     std::string m_lastError;
 };
 

@@ -118,7 +118,7 @@ TEST_F(CommandTest, DumpResolvesStringsInTextAndJson) {
     const auto doc = nlohmann::json::parse(json.out);
     EXPECT_EQ(doc["format_version"], 530);
     const auto& objects = doc["tables"]["UniqueObject"];
-    ASSERT_EQ(objects.size(), 7u);
+    ASSERT_EQ(objects.size(), 18u);  // 7 modelled, 1 member, 3 values, 2 overrides, 5 code objects
     EXPECT_EQ(objects[0]["Object_GUID"].get<std::string>().size(), 32u);
     bool resolved = false;
     for (const auto& usage : doc["tables"]["StringUsage"])
@@ -144,6 +144,11 @@ TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
         {"UPDATE UniqueObject SET Object_Domain_ID = 77 WHERE Unique_Object_ID = 3",
          "object-with-unknown-domain"},
         {"INSERT INTO MetaTable VALUES (5, 'a'), (5, 'b')", "duplicate-key"},
+        {"UPDATE MetaClass_Member SET MetaTable_ID = 999", "member-without-meta-table"},
+        {"UPDATE Property_Usage SET Property_ID = 999 WHERE Property_Usage_ID = 1",
+         "property-value-without-property"},
+        {"DELETE FROM Property WHERE Name = 'Status'", "property-value-without-property"},
+        {"UPDATE DbPackage SET Model_ID = 999", "code-object-without-model"},
     };
     int n = 0;
     for (auto [sql, kind] : damages) {
@@ -162,6 +167,27 @@ TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
     EXPECT_EQ(run.status, 0);
     EXPECT_NE(run.out.find("purgeable-string: SmallString: string 500 has no usage"),
               std::string::npos);
+}
+
+TEST_F(CommandTest, PropsListsAnObjectsPropertiesAndOverrides) {
+    const std::string demo = Demo();
+    const std::string entity = SqlValue(demo, "SELECT TableRow_ID FROM MetaClass_Member");
+    const SRun run = Run("props " + demo + " " + entity);
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("(Entity \"CUSTOMER\")"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("Table (meta table Entity"), std::string::npos);
+    EXPECT_NE(run.out.find("Governance / Status (Text) = \"Approved\"\n"), std::string::npos);
+    EXPECT_NE(run.out.find("font 0 = \"Arial\" 10.0 pt bold"), std::string::npos);
+    EXPECT_NE(run.out.find("3 properties, 2 display overrides"), std::string::npos);
+
+    // A value the definitions no longer accept is still listed, and says so.
+    Sql(demo, "UPDATE Property_Usage SET Value = 'Lost' WHERE Value = 'Approved'");
+    EXPECT_NE(Run("props " + demo + " " + entity).out.find("\"Lost\"  (no longer accepted)"),
+              std::string::npos);
+    EXPECT_NE(Run("props " + demo + " 999").out.find("0 properties, 0 display overrides"),
+              std::string::npos);
+    EXPECT_EQ(Run("props " + demo + " 0").status, 2);
+    EXPECT_EQ(Run("props " + dir.File("missing.zmf") + " 1").status, 2);
 }
 
 TEST_F(CommandTest, PurgeDropsUnusedStringsAndSaysWhich) {

@@ -27,7 +27,7 @@ TEST(Catalogue, NamesNumbersAndKeyKindsAreUnique) {
     EXPECT_EQ(zmf::FindTableByNumber(0), nullptr);
     // Every table a model file holds: name space, identity, meta and property
     // tables, dictionary, references, code objects, repository and layout.
-    EXPECT_EQ(names.size(), 46u);
+    EXPECT_EQ(names.size(), 48u);
 }
 
 TEST(Catalogue, TheTwoNumberingsStayApart) {

@@ -1,0 +1,86 @@
+// CEnhMetaClassMemberTbl: the model objects that properties are attached to
+// ("MetaClass_Member"). A member stands for one row of a model table: the pair
+// (meta-table key, table row id). Property values point at members, and each
+// member is a unique object of type "MetaClass Member".
+//
+// Rows are found by key (the key map) and by the pair, through the foreign-key
+// tree under the composite key (meta-table key << 32) | table row id; several
+// members may share a pair, and a walk yields them in insertion order.
+//
+// Load repairs. A stored member whose table row id is 0 stands for nothing: it is
+// dropped (not written back at the next save) and its unique object is deleted
+// when still New. A member whose unique object id an earlier member of the same
+// load already had is given a new unique object, as is a member stored without one
+// (only when a CGuidMgr is set).
+#pragma once
+
+#include <cstdint>
+#include <unordered_set>
+#include <vector>
+
+#include "foundation/enh_table.h"
+#include "identity/guid_mgr.h"
+#include "platform/cstring.h"
+#include "platform/types.h"
+#include "zmflib/rows.h"
+
+class CEnhMetaClassMemberTbl;
+
+// One member: key, MetaTable_ID, Name (the kind of member), Description (a second
+// text, usually empty), TableRow_ID, Member_Value and Global_User_ID.
+class CKelMetaClassMember final : public CEnhRow<CMetaClass_MemberBase, CEnhMetaClassMemberTbl> {};
+
+struct SMetaClassMemberTraits : CEnhTableTraits<CKelMetaClassMember> {
+    static constexpr DWORD Row::*kForeignKeyHigh = &Row::MetaTable_ID;
+    static constexpr DWORD Row::*kForeignKey = &Row::TableRow_ID;
+    static constexpr const char* kObjectType = "MetaClass Member";
+};
+
+class CEnhMetaClassMemberTbl : public CEnhTable<SMetaClassMemberTraits> {
+  public:
+    // Opens the file's "MetaClass_Member" table. Both pointers are borrowed; without
+    // a CGuidMgr members get no unique objects.
+    CEnhMetaClassMemberTbl(CZmfFile* file, CGuidMgr* guids);
+
+    // Loads every stored member, with the repairs above.
+    using CEnhTable::Init;
+    void Init(unsigned int bucketCount) override;
+
+    // A new member (the second text only when `secondText` is not null), with a new
+    // key and a new unique object (model and plex ids 0). Returns its key.
+    ULONG Insert(unsigned int metaTableKey, const CString& name, unsigned int tableRowId,
+                 const char* secondText, ULONG value);
+
+    // The members of one (meta-table key, table row id): the first, then each next
+    // one, then null. Any other search or delete on this table ends the walk.
+    CKelMetaClassMember* GetFirstRow(ULONG metaTableKey, ULONG tableRowId) {
+        return GetFirstFKRow(metaTableKey, tableRowId);
+    }
+    CKelMetaClassMember* GetNextRow() { return GetNextFKRow(); }
+    using CEnhTable::GetNextRow;
+
+    // Delete(key) (inherited) removes the member and deletes its unique object with
+    // DeleteObject(id, 0): outright only while it is New.
+
+  protected:
+    bool AdmitLoadedRow(CKelMetaClassMember& row) override;
+
+  private:
+    // Unique object ids seen by the running load: a bitmap for ids below
+    // kBitmapLimit (the usual case, no per-id allocation), a set above.
+    class CSeenIds {
+      public:
+        // True when `id` was seen before; records it.
+        bool Add(DWORD id);
+        void Clear();
+
+      private:
+        static constexpr DWORD kBitmapLimit = DWORD{1} << 26;
+        std::vector<std::uint64_t> m_bits;
+        std::unordered_set<DWORD> m_large;
+    };
+
+    int NewMemberObject();
+
+    CSeenIds m_seen;
+};
