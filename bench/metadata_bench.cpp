@@ -9,7 +9,7 @@
 //  - Lookup: every (meta table, table row) pair, in shuffled order, through
 //    GetFirstRow / GetNextRow, against std::multimap<int64_t, row*> keyed the same
 //    way (equal_range). Both read each row found. The table's tree is filed before
-//    timing (the first walk files it; see BM_FirstWalkFilesTheTree for that cost).
+//    timing (the first walk files it; BM_LoadMembers<true> gives that cost).
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -26,7 +26,6 @@
 
 namespace {
 
-using tessmeta::bench::OpenRaw;
 using tessmeta::bench::ScratchFile;
 
 constexpr DWORD kRows = 1000000;
@@ -57,12 +56,16 @@ void SetCounters(benchmark::State& state) {
         kRows, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
+// Init alone, or Init and then the first walk by pair, which files every member in
+// the tree.
+template <bool kFirstWalk>
 void BM_LoadMembers(benchmark::State& state) {
     auto file = CZmfFile::Open(MemberFile());
     for (auto _ : state) {
         auto table = std::make_unique<CEnhMetaClassMemberTbl>(file.get(), nullptr);
         table->Init(0);
         if (static_cast<DWORD>(table->GetCount()) != kRows) state.SkipWithError("row count");
+        if (kFirstWalk && !table->GetFirstRow(1, 1)) state.SkipWithError("walk");
         state.PauseTiming();
         table.reset();
         state.ResumeTiming();
@@ -76,35 +79,25 @@ struct SRawMember {
 };
 
 void BM_ScanMembersRawSqlite(benchmark::State& state) {
-    sqlite3* db = OpenRaw(MemberFile());
-    sqlite3_stmt* stmt = nullptr;
-    sqlite3_prepare_v2(db,
-                       "SELECT MetaClass_Member_ID, MetaTable_ID, Name, Description, TableRow_ID,"
-                       " Member_Value, Global_User_ID FROM MetaClass_Member ORDER BY rowid",
-                       -1, &stmt, nullptr);
-    auto text = [&](int column, std::string& out) {
+    SRawMember row;
+    auto text = [](sqlite3_stmt* stmt, int column, std::string& out) {
         const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(stmt, column));
         out.assign(bytes ? bytes : "", static_cast<size_t>(sqlite3_column_bytes(stmt, column)));
     };
-    for (auto _ : state) {
-        SRawMember row;
-        DWORD n = 0;
-        while (sqlite3_step(stmt) == SQLITE_ROW) {
+    tessmeta::bench::RunRawScan(
+        state, MemberFile(),
+        "SELECT MetaClass_Member_ID, MetaTable_ID, Name, Description, TableRow_ID,"
+        " Member_Value, Global_User_ID FROM MetaClass_Member ORDER BY rowid",
+        kRows, [&](sqlite3_stmt* stmt) {
             row.id = sqlite3_column_int64(stmt, 0);
             row.metaTable = sqlite3_column_int64(stmt, 1);
-            text(2, row.name);
-            text(3, row.description);
+            text(stmt, 2, row.name);
+            text(stmt, 3, row.description);
             row.tableRow = sqlite3_column_int64(stmt, 4);
             row.value = sqlite3_column_int64(stmt, 5);
             row.uniqueId = sqlite3_column_int64(stmt, 6);
-            ++n;
-        }
-        sqlite3_reset(stmt);
-        if (n != kRows) state.SkipWithError("row count");
-        benchmark::DoNotOptimize(row);
-    }
-    sqlite3_finalize(stmt);
-    sqlite3_close(db);
+        });
+    benchmark::DoNotOptimize(row);
     SetCounters(state);
 }
 
@@ -196,26 +189,12 @@ void BM_ScanIntoRowObjects(benchmark::State& state) {
     SetCounters(state);
 }
 
-// Load, then the first walk by pair, which files every member in the tree.
-void BM_FirstWalkFilesTheTree(benchmark::State& state) {
-    auto file = CZmfFile::Open(MemberFile());
-    for (auto _ : state) {
-        auto table = std::make_unique<CEnhMetaClassMemberTbl>(file.get(), nullptr);
-        table->Init(0);
-        if (!table->GetFirstRow(1, 1)) state.SkipWithError("walk");
-        state.PauseTiming();
-        table.reset();
-        state.ResumeTiming();
-    }
-    SetCounters(state);
-}
-
 }  // namespace
 
-BENCHMARK(BM_LoadMembers)->Unit(benchmark::kMillisecond)->MinTime(3);
+BENCHMARK_TEMPLATE(BM_LoadMembers, false)->Unit(benchmark::kMillisecond)->MinTime(3);
 BENCHMARK(BM_ScanMembersRawSqlite)->Unit(benchmark::kMillisecond)->MinTime(3);
 BENCHMARK(BM_ScanMembersIterator)->Unit(benchmark::kMillisecond)->MinTime(3);
 BENCHMARK(BM_ScanIntoRowObjects)->Unit(benchmark::kMillisecond)->MinTime(3);
 BENCHMARK(BM_GetFirstRowByPair)->Unit(benchmark::kMillisecond)->MinTime(2);
 BENCHMARK(BM_MultimapByPair)->Unit(benchmark::kMillisecond)->MinTime(2);
-BENCHMARK(BM_FirstWalkFilesTheTree)->Unit(benchmark::kMillisecond)->MinTime(2);
+BENCHMARK_TEMPLATE(BM_LoadMembers, true)->Unit(benchmark::kMillisecond)->MinTime(2);

@@ -1,6 +1,7 @@
 // Shared pieces of the benchmarks: scratch files and synthetic rows.
 #pragma once
 
+#include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
 #include <memory>
@@ -26,6 +27,26 @@ std::unique_ptr<CZmfFile> CreateUniqueObjectFile(const std::string& name,
 
 // Opens a file with the raw SQLite API for a baseline, with the store's pragmas.
 sqlite3* OpenRaw(const std::string& path);
+
+// The raw baseline of a table scan: per benchmark iteration, a sqlite3_step loop
+// over `sql` on the file at `path` that calls read(stmt) for every row; a count
+// other than `rows` fails the benchmark.
+template <class Read>
+void RunRawScan(benchmark::State& state, const std::string& path, const char* sql, size_t rows,
+                Read&& read) {
+    sqlite3* db = OpenRaw(path);
+    sqlite3_stmt* stmt = nullptr;
+    sqlite3_prepare_v2(db, sql, -1, &stmt, nullptr);
+    for (auto _ : state) {
+        size_t n = 0;
+        for (; sqlite3_step(stmt) == SQLITE_ROW; ++n)
+            read(stmt);
+        sqlite3_reset(stmt);
+        if (n != rows) state.SkipWithError("row count");
+    }
+    sqlite3_finalize(stmt);
+    sqlite3_close(db);
+}
 
 // A model file to save into: created anew (empty tables), as a save replaces the
 // rows of an existing file.

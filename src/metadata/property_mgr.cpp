@@ -14,15 +14,40 @@ std::vector<typename Table::Row*> RowsUnder(Table& table, ULONG foreignKey) {
     return rows;
 }
 
-// The keys of the rows that satisfy `pred`, in list order.
-template <class Table, class Pred>
-std::vector<ULONG> KeysWhere(const Table& table, Pred pred) {
+// The keys of the rows whose `column` holds `value`, in list order (a walk of the
+// whole table, for columns that are not the foreign key).
+// A column of the rows of Table (given as a member of the row's base class, too).
+template <class Table>
+using Column = DWORD Table::Row::*;
+
+template <class Table, class Row = typename Table::Row>
+std::vector<ULONG> KeysWhere(const Table& table, Column<Table> column, ULONG value) {
     std::vector<ULONG> keys;
     for (POSITION pos = table.GetFirstRowPosition(); pos;) {
-        const auto* row = table.GetNextRow(pos);
-        if (pred(*row)) keys.push_back(row->GetTechKey());
+        const Row* row = table.GetNextRow(pos);
+        if (row->*column == value) keys.push_back(row->GetTechKey());
     }
     return keys;
+}
+
+// The first row under `foreignKey` whose `column` holds `value`, or null.
+template <class Table, class Row = typename Table::Row>
+Row* FindUnder(Table& table, ULONG foreignKey, Column<Table> column, ULONG value) {
+    for (Row* row : RowsUnder(table, foreignKey))
+        if (row->*column == value) return row;
+    return nullptr;
+}
+
+// A link row (foreignKey in `fkColumn`, `value` in `column`): the existing one's key,
+// or the key of a new one.
+template <class Table, class Row = typename Table::Row>
+ULONG Link(Table& table, Column<Table> fkColumn, ULONG foreignKey, Column<Table> column,
+           ULONG value) {
+    if (const Row* row = FindUnder(table, foreignKey, column, value)) return row->GetTechKey();
+    auto row = std::make_unique<Row>();
+    row.get()->*fkColumn = foreignKey;
+    row.get()->*column = value;
+    return table.Insert(std::move(row));
 }
 
 template <class Table>
@@ -150,9 +175,7 @@ EPropertyDataType CPropertyMgr::GetPropertyDataType(ULONG propertyId) const {
 
 int CPropertyMgr::DeletePropertyDefinition(ULONG propertyId) {
     if (!m_properties->GetRow(propertyId)) return 0;
-    for (ULONG usage : KeysWhere(*m_usages, [&](const CKelPropertyUsage& row) {
-             return row.Property_ID == propertyId;
-         }))
+    for (ULONG usage : KeysWhere(*m_usages, &CKelPropertyUsage::Property_ID, propertyId))
         DeleteUsage(usage);
     for (CKelValidProperty* declaration : RowsUnder(*m_validProperties, propertyId))
         RemovePropertyValidity(declaration->Valid_Property_ID);
@@ -178,9 +201,7 @@ EPropertyResult CPropertyMgr::AddAllowedValue(ULONG propertyId, const CString& v
 
 int CPropertyMgr::DeleteAllowedValue(ULONG valueId) {
     if (!m_values->GetRow(valueId)) return 0;
-    for (ULONG key : KeysWhere(*m_validValues, [&](const CKelValidPropertyValue& row) {
-             return row.Property_Value_ID == valueId;
-         }))
+    for (ULONG key : KeysWhere(*m_validValues, &CKelValidPropertyValue::Property_Value_ID, valueId))
         m_validValues->Delete(key);
     return m_values->Delete(valueId);
 }
@@ -204,26 +225,19 @@ ULONG CPropertyMgr::GetMetaClassId(const CString& name) const {
 
 ULONG CPropertyMgr::AddMetaClassTable(ULONG metaClassId, ULONG metaTableKey) {
     if (!m_classes->GetRow(metaClassId) || !m_pMetaTables->GetRow(metaTableKey)) return 0;
-    for (const CKelValidMetaClass* row : RowsUnder(*m_classTables, metaClassId))
-        if (row->MetaTable_ID == metaTableKey) return row->Valid_MetaClass_ID;
-    auto row = std::make_unique<CKelValidMetaClass>();
-    row->MetaClass_ID = metaClassId;
-    row->MetaTable_ID = metaTableKey;
-    return m_classTables->Insert(std::move(row));
+    return Link(*m_classTables, &CKelValidMetaClass::MetaClass_ID, metaClassId,
+                &CKelValidMetaClass::MetaTable_ID, metaTableKey);
 }
 
 int CPropertyMgr::RemoveMetaClassTable(ULONG metaClassId, ULONG metaTableKey) {
-    for (const CKelValidMetaClass* row : RowsUnder(*m_classTables, metaClassId))
-        if (row->MetaTable_ID == metaTableKey)
-            return m_classTables->Delete(row->Valid_MetaClass_ID);
-    return 0;
+    const CKelValidMetaClass* row =
+        FindUnder(*m_classTables, metaClassId, &CKelValidMetaClass::MetaTable_ID, metaTableKey);
+    return row ? m_classTables->Delete(row->Valid_MetaClass_ID) : 0;
 }
 
 int CPropertyMgr::DeleteMetaClass(ULONG metaClassId) {
     if (!m_classes->GetRow(metaClassId)) return 0;
-    for (ULONG key : KeysWhere(*m_validProperties, [&](const CKelValidProperty& row) {
-             return row.MetaClass_ID == metaClassId;
-         }))
+    for (ULONG key : KeysWhere(*m_validProperties, &CKelValidProperty::MetaClass_ID, metaClassId))
         RemovePropertyValidity(key);
     m_classTables->DeleteAllFKRows(metaClassId);
     return m_classes->Delete(metaClassId);
@@ -240,12 +254,8 @@ ULONG CPropertyMgr::GetMetaClassForTable(ULONG metaTableKey) {
 
 ULONG CPropertyMgr::SetPropertyValid(ULONG propertyId, ULONG metaClassId) {
     if (!m_properties->GetRow(propertyId) || !m_classes->GetRow(metaClassId)) return 0;
-    for (const CKelValidProperty* row : RowsUnder(*m_validProperties, propertyId))
-        if (row->MetaClass_ID == metaClassId) return row->Valid_Property_ID;
-    auto row = std::make_unique<CKelValidProperty>();
-    row->MetaClass_ID = metaClassId;
-    row->Property_ID = propertyId;
-    return m_validProperties->Insert(std::move(row));
+    return Link(*m_validProperties, &CKelValidProperty::Property_ID, propertyId,
+                &CKelValidProperty::MetaClass_ID, metaClassId);
 }
 
 ULONG CPropertyMgr::SetPropertyValidForTable(ULONG propertyId, ULONG metaTableKey) {
@@ -264,18 +274,13 @@ ULONG CPropertyMgr::RestrictAllowedValue(ULONG validPropertyId, ULONG propertyVa
     const CKelValidProperty* declaration = m_validProperties->GetRow(validPropertyId);
     const CKelPropertyValue* value = m_values->GetRow(propertyValueId);
     if (!declaration || !value || value->Property_ID != declaration->Property_ID) return 0;
-    for (const CKelValidPropertyValue* row : RowsUnder(*m_validValues, validPropertyId))
-        if (row->Property_Value_ID == propertyValueId) return row->Valid_Property_Value_ID;
-    auto row = std::make_unique<CKelValidPropertyValue>();
-    row->Valid_Property_ID = validPropertyId;
-    row->Property_Value_ID = propertyValueId;
-    return m_validValues->Insert(std::move(row));
+    return Link(*m_validValues, &CKelValidPropertyValue::Valid_Property_ID, validPropertyId,
+                &CKelValidPropertyValue::Property_Value_ID, propertyValueId);
 }
 
 bool CPropertyMgr::ClassCovers(ULONG metaClassId, ULONG metaTableKey) const {
-    for (const CKelValidMetaClass* row : RowsUnder(*m_classTables, metaClassId))
-        if (row->MetaTable_ID == metaTableKey) return true;
-    return false;
+    return FindUnder(*m_classTables, metaClassId, &CKelValidMetaClass::MetaTable_ID,
+                     metaTableKey) != nullptr;
 }
 
 bool CPropertyMgr::IsPropertyValidFor(ULONG propertyId, ULONG metaTableKey) const {
@@ -327,9 +332,7 @@ std::vector<CKelMetaClassMember*> CPropertyMgr::MembersOf(ULONG metaTableKey,
 }
 
 CKelPropertyUsage* CPropertyMgr::FindUsage(ULONG memberId, ULONG propertyId) const {
-    for (CKelPropertyUsage* row : RowsUnder(*m_usages, memberId))
-        if (row->Property_ID == propertyId) return row;
-    return nullptr;
+    return FindUnder(*m_usages, memberId, &CKelPropertyUsage::Property_ID, propertyId);
 }
 
 void CPropertyMgr::DeleteUsage(ULONG usageKey) {
@@ -450,17 +453,15 @@ ULONG CPropertyMgr::GetConfigurationOptionId(const CString& name) const {
 
 int CPropertyMgr::DeleteConfigurationOption(ULONG optionId) {
     if (!m_options->GetRow(optionId)) return 0;
-    for (ULONG key : KeysWhere(*m_configurations, [&](const CKelMetaTableConfiguration& row) {
-             return row.Configuration_Option_ID == optionId;
-         }))
+    for (ULONG key : KeysWhere(*m_configurations,
+                               &CKelMetaTableConfiguration::Configuration_Option_ID, optionId))
         m_configurations->Delete(key);
     return m_options->Delete(optionId);
 }
 
 CKelMetaTableConfiguration* CPropertyMgr::FindOption(ULONG metaTableKey, ULONG optionId) const {
-    for (CKelMetaTableConfiguration* row : RowsUnder(*m_configurations, metaTableKey))
-        if (row->Configuration_Option_ID == optionId) return row;
-    return nullptr;
+    return FindUnder(*m_configurations, metaTableKey,
+                     &CKelMetaTableConfiguration::Configuration_Option_ID, optionId);
 }
 
 int CPropertyMgr::SetMetaTableOption(ULONG metaTableKey, ULONG optionId, const CString& value) {

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "model/model_file.h"
@@ -17,26 +18,12 @@ using tessmeta::test::TempDir;
 namespace {
 
 template <class Table>
-Table& TableOf(CModelFile& model);
-template <>
-CEnhStorageObjectTable& TableOf(CModelFile& m) {
-    return m.GetSchemaObjectMgr().GetStorageObjectTable();
-}
-template <>
-CEnhProcTable& TableOf(CModelFile& m) {
-    return m.GetSchemaObjectMgr().GetProcTable();
-}
-template <>
-CEnhDbPackageTable& TableOf(CModelFile& m) {
-    return m.GetSchemaObjectMgr().GetDbPackageTable();
-}
-template <>
-CEnhDbTriggerTable& TableOf(CModelFile& m) {
-    return m.GetSchemaObjectMgr().GetDbTriggerTable();
-}
-template <>
-CEnhTemplatedProcTable& TableOf(CModelFile& m) {
-    return m.GetSchemaObjectMgr().GetTemplatedProcTable();
+Table& TableOf(CModelFile& model) {
+    Table* found = nullptr;
+    model.GetSchemaObjectMgr().ForEachTable([&](auto& table) {
+        if constexpr (std::is_same_v<std::remove_cvref_t<decltype(table)>, Table>) found = &table;
+    });
+    return *found;
 }
 
 // The object type of each table's rows.
