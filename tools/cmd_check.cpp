@@ -15,7 +15,7 @@ int RunCheck(const std::string& path) {
         std::printf("%s: %s%s%s\n", CheckKindName(f.kind), f.table.c_str(),
                     f.table.empty() ? "" : ": ", f.detail.c_str());
     }
-    for (int k = 0; k < kCheckKindCount; ++k) {
+    for (int k = 0; k < static_cast<int>(ECheckKind::kCheckKindCount); ++k) {
         const auto kind = static_cast<ECheckKind>(k);
         if (report.Count(kind)) std::printf("%-28s %zu\n", CheckKindName(kind), report.Count(kind));
     }

@@ -5,9 +5,6 @@
 //                plus a back pointer to the table (derive it from CEnhRow). The
 //                record-store table (name, key kind) is the one of C<Table>Base.
 //   kForeignKey  the column indexed in the foreign-key tree, or nullptr for none.
-//   kForeignKeyHigh  for a composite foreign key, its high half: the tree key is then
-//                (high << 32) | kForeignKey, and the walks take both halves
-//                (GetFirstFKRow(high, low), DeleteAllFKRows(high, low)).
 //   kTexts       the text columns (string ids of the name space), in column order,
 //                each with the name of its usage type.
 //   kObjectType  the object-type name of its unique objects, or nullptr.
@@ -173,7 +170,6 @@ struct CEnhTableTraits {
     using Text = SEnhTextColumn<RowT>;
 
     static constexpr DWORD Row::*kForeignKey = nullptr;
-    static constexpr DWORD Row::*kForeignKeyHigh = nullptr;
     static constexpr std::array<Text, 0> kTexts{};
     static constexpr const char* kObjectType = nullptr;
     static constexpr DWORD Row::*kUniqueId = DefaultUniqueIdColumn<RowT>();
@@ -189,8 +185,6 @@ class CEnhTable : public CEnhTableBase {
 
     static constexpr std::size_t kTextCount = Traits::kTexts.size();
     static constexpr bool kHasForeignKey = Traits::kForeignKey != nullptr;
-    static constexpr bool kHasCompositeKey = kHasForeignKey && Traits::kForeignKeyHigh != nullptr;
-    static constexpr bool kHasSimpleKey = kHasForeignKey && !kHasCompositeKey;
     static constexpr bool kHasUniqueId = Traits::kUniqueId != nullptr;
 
     static_assert(std::is_base_of_v<CDbObjectBase, Row>, "rows are record-store rows");
@@ -256,20 +250,18 @@ class CEnhTable : public CEnhTableBase {
     }
 
     // Deletes every row under `foreignKey`, in the order the index yields them.
-    void DeleteAllFKRows(ULONG foreignKey) requires kHasSimpleKey {
-        DeleteAllUnder(FKIndexKey(foreignKey));
-    }
-    void DeleteAllFKRows(ULONG high, ULONG low) requires kHasCompositeKey {
-        DeleteAllUnder(FKIndexKey(high, low));
+    void DeleteAllFKRows(ULONG foreignKey) requires kHasForeignKey {
+        std::vector<ULONG> keys;  // the index must not change while it is walked
+        for (Row* row = GetFirstFKRow(foreignKey); row; row = GetNextFKRow())
+            keys.push_back(row->GetTechKey());
+        for (ULONG key : keys)
+            Delete(key);
     }
 
     // The rows under one foreign key: the first, then each next one, then null.
     // Any other search or delete on this table ends the walk.
-    Row* GetFirstFKRow(ULONG foreignKey) requires kHasSimpleKey {
+    Row* GetFirstFKRow(ULONG foreignKey) requires kHasForeignKey {
         return static_cast<Row*>(FKIndex().GetFirst(FKIndexKey(foreignKey)));
-    }
-    Row* GetFirstFKRow(ULONG high, ULONG low) requires kHasCompositeKey {
-        return static_cast<Row*>(FKIndex().GetFirst(FKIndexKey(high, low)));
     }
     Row* GetNextFKRow() requires kHasForeignKey { return static_cast<Row*>(FKIndex().GetNext()); }
 
@@ -361,13 +353,13 @@ class CEnhTable : public CEnhTableBase {
     int UpdateRow(ULONG key, Assign&& assign) {
         Row* row = GetRow(key);
         if (!row) return 0;
-        const std::int64_t oldIndexKey = FKIndexKey(*row);
+        const DWORD oldForeignKey = ForeignKeyOf(*row);
         if constexpr (kHasForeignKey) FKIndex();  // filed with the old key first
         RemoveFromExtraIndexes(row);
         std::forward<Assign>(assign)(*row);
         if constexpr (kHasForeignKey) {
-            if (FKIndexKey(*row) != oldIndexKey) {
-                FKIndex().Delete(oldIndexKey, row);
+            if (ForeignKeyOf(*row) != oldForeignKey) {
+                FKIndex().Delete(FKIndexKey(oldForeignKey), row);
                 FKIndex().Insert(FKIndexKey(*row), row);
             }
         }
@@ -426,15 +418,7 @@ class CEnhTable : public CEnhTableBase {
     static std::int64_t FKIndexKey(ULONG foreignKey) {
         return static_cast<std::int64_t>(foreignKey);
     }
-    // A composite key: high half, then low half.
-    static std::int64_t FKIndexKey(ULONG high, ULONG low) {
-        return static_cast<std::int64_t>((std::uint64_t{high} << 32) | low);
-    }
-    static std::int64_t FKIndexKey(const Row& row) {
-        if constexpr (kHasCompositeKey)
-            return FKIndexKey(row.*Traits::kForeignKeyHigh, ForeignKeyOf(row));
-        return FKIndexKey(ForeignKeyOf(row));
-    }
+    static std::int64_t FKIndexKey(const Row& row) { return FKIndexKey(ForeignKeyOf(row)); }
     static DWORD ForeignKeyOf(const Row& row) {
         if constexpr (kHasForeignKey) return row.*Traits::kForeignKey;
         return 0;
@@ -444,14 +428,6 @@ class CEnhTable : public CEnhTableBase {
         return 0;
     }
     static int KeyKind() { return Row::Desc().keyKind; }
-
-    void DeleteAllUnder(std::int64_t indexKey) {
-        std::vector<ULONG> keys;  // the index must not change while it is walked
-        for (Row* row = static_cast<Row*>(FKIndex().GetFirst(indexKey)); row; row = GetNextFKRow())
-            keys.push_back(row->GetTechKey());
-        for (ULONG key : keys)
-            Delete(key);
-    }
 
     bool RegistersTexts() const { return kTextCount > 0 && m_pNameSpace && m_pIdentity; }
 
@@ -533,7 +509,7 @@ class CEnhTextTable<Traits, std::index_sequence<I...>> : public CEnhTable<Traits
 
   public:
     using Row = typename Base::Row;
-    static_assert(Base::kHasSimpleKey && Base::kHasUniqueId,
+    static_assert(Base::kHasForeignKey && Base::kHasUniqueId,
                   "a text table has a foreign key and a unique object per row");
 
     using Base::Base;

@@ -4,7 +4,9 @@
 #include <memory>
 
 CEnhMetaClassMemberTbl::CEnhMetaClassMemberTbl(CZmfFile* file, CGuidMgr* guids)
-    : CEnhTable(nullptr, nullptr, guids, file) {}
+    : CEnhTable(nullptr, nullptr, guids, file) {
+    m_byPair.Init();
+}
 
 void CEnhMetaClassMemberTbl::Init(unsigned int bucketCount) {
     m_seen.Clear();
@@ -32,6 +34,30 @@ bool CEnhMetaClassMemberTbl::AdmitLoadedRow(CKelMetaClassMember& row) {
     if (row.Global_User_ID != 0 && m_seen.Add(row.Global_User_ID)) row.Global_User_ID = 0;
     if (row.Global_User_ID == 0) row.Global_User_ID = static_cast<DWORD>(NewMemberObject());
     return true;
+}
+
+void CEnhMetaClassMemberTbl::AddToExtraIndexes(CKelMetaClassMember* row) {
+    if (!m_pairsPending) m_byPair.Insert(PairKey(*row), row);
+}
+
+void CEnhMetaClassMemberTbl::RemoveFromExtraIndexes(CKelMetaClassMember* row) {
+    Pairs().Delete(PairKey(*row), row);
+}
+
+void CEnhMetaClassMemberTbl::SizeExtraIndexes(UINT /*bucketCount*/) {
+    m_byPair.RemoveAll();
+    m_pairsPending = true;
+}
+
+CBalancedTree& CEnhMetaClassMemberTbl::Pairs() {
+    if (m_pairsPending) {
+        m_pairsPending = false;
+        for (POSITION pos = GetFirstRowPosition(); pos;) {
+            CKelMetaClassMember* row = GetNextRow(pos);
+            m_byPair.Insert(PairKey(*row), row);
+        }
+    }
+    return m_byPair;
 }
 
 int CEnhMetaClassMemberTbl::NewMemberObject() {

@@ -3,9 +3,10 @@
 // (meta-table key, table row id). Property values point at members, and each
 // member is a unique object of type "MetaClass Member".
 //
-// Rows are found by key (the key map) and by the pair, through the foreign-key
-// tree under the composite key (meta-table key << 32) | table row id; several
-// members may share a pair, and a walk yields them in insertion order.
+// Rows are found by key (the key map) and by the pair, through a balanced tree
+// under the key (meta-table key << 32) | table row id; several members may share
+// a pair, and a walk yields them in insertion order. Like the foreign-key index of
+// every table, the tree of a load is filed on first use, in load order.
 //
 // Load repairs. A stored member whose table row id is 0 stands for nothing: it is
 // dropped (not written back at the next save) and its unique object is deleted
@@ -18,6 +19,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "foundation/balanced_tree.h"
 #include "foundation/enh_table.h"
 #include "identity/guid_mgr.h"
 #include "platform/cstring.h"
@@ -31,8 +33,6 @@ class CEnhMetaClassMemberTbl;
 class CKelMetaClassMember final : public CEnhRow<CMetaClass_MemberBase, CEnhMetaClassMemberTbl> {};
 
 struct SMetaClassMemberTraits : CEnhTableTraits<CKelMetaClassMember> {
-    static constexpr DWORD Row::*kForeignKeyHigh = &Row::MetaTable_ID;
-    static constexpr DWORD Row::*kForeignKey = &Row::TableRow_ID;
     static constexpr const char* kObjectType = "MetaClass Member";
 };
 
@@ -54,16 +54,28 @@ class CEnhMetaClassMemberTbl : public CEnhTable<SMetaClassMemberTraits> {
     // The members of one (meta-table key, table row id): the first, then each next
     // one, then null. Any other search or delete on this table ends the walk.
     CKelMetaClassMember* GetFirstRow(ULONG metaTableKey, ULONG tableRowId) {
-        return GetFirstFKRow(metaTableKey, tableRowId);
+        return static_cast<CKelMetaClassMember*>(
+            Pairs().GetFirst(PairKey(metaTableKey, tableRowId)));
     }
-    CKelMetaClassMember* GetNextRow() { return GetNextFKRow(); }
+    CKelMetaClassMember* GetNextRow() {
+        return static_cast<CKelMetaClassMember*>(Pairs().GetNext());
+    }
     using CEnhTable::GetNextRow;
+
+    // The tree key of a pair.
+    static std::int64_t PairKey(ULONG metaTableKey, ULONG tableRowId) {
+        return static_cast<std::int64_t>((std::uint64_t{metaTableKey} << 32) | tableRowId);
+    }
 
     // Delete(key) (inherited) removes the member and deletes its unique object with
     // DeleteObject(id, 0): outright only while it is New.
 
   protected:
     bool AdmitLoadedRow(CKelMetaClassMember& row) override;
+    void AddToExtraIndexes(CKelMetaClassMember* row) override;
+    void RemoveFromExtraIndexes(CKelMetaClassMember* row) override;
+    // Called by Init before the rows load: they are filed on first use.
+    void SizeExtraIndexes(UINT bucketCount) override;
 
   private:
     // Unique object ids seen by the running load: a bitmap for ids below
@@ -81,6 +93,13 @@ class CEnhMetaClassMemberTbl : public CEnhTable<SMetaClassMemberTraits> {
     };
 
     int NewMemberObject();
+    static std::int64_t PairKey(const CKelMetaClassMember& row) {
+        return PairKey(row.MetaTable_ID, row.TableRow_ID);
+    }
+    // The tree, filed first if a load left it pending.
+    CBalancedTree& Pairs();
 
     CSeenIds m_seen;
+    CBalancedTree m_byPair;       // members by PairKey
+    bool m_pairsPending = false;  // loaded members not yet filed in it
 };

@@ -10,22 +10,34 @@
 
 namespace tessmeta {
 
-enum class ECheckKind {
-    StoreDamage,              // the database itself is damaged
-    UsageWithoutString,       // a string usage names a string id that does not exist
-    UsageWithoutUsageType,    // ... a usage type that does not exist
-    UsageWithoutObject,       // ... an object that is not a unique object
-    ObjectWithUnknownType,    // a unique object's type is not in "ObjectDefinition"
-    ObjectWithUnknownDomain,  // a unique object's domain id names no domain
-    DuplicateKey,             // two rows of one table share a key
-    PurgeableString,          // a string no usage keeps: a purging save drops it (not an error)
-    MemberWithoutMetaTable,   // a meta-class member's meta table does not exist
-    PropertyValueWithoutProperty,  // an allowed value or an object's value names no property
-    CodeObjectWithoutModel,        // a code object's model is not a unique object
-    Count                          // the number of kinds; keep last
-};
+// The kinds of finding, each with its stable lower-case name, in report order.
+// Subsystems add theirs at the end.
+#define TESSMETA_CHECK_KINDS(X)                                                                   \
+    /* the database itself is damaged */                                                          \
+    X(StoreDamage, "store-damage")                                                                \
+    /* a string usage names a string id, a usage type or an object that does not exist */         \
+    X(UsageWithoutString, "usage-without-string")                                                 \
+    X(UsageWithoutUsageType, "usage-without-usage-type")                                          \
+    X(UsageWithoutObject, "usage-without-object")                                                 \
+    /* a unique object's type is not in "ObjectDefinition", its domain does not exist */          \
+    X(ObjectWithUnknownType, "object-with-unknown-type")                                          \
+    X(ObjectWithUnknownDomain, "object-with-unknown-domain")                                      \
+    /* two rows of one table share a key */                                                       \
+    X(DuplicateKey, "duplicate-key")                                                              \
+    /* a string no usage keeps: a purging save drops it (not an error) */                         \
+    X(PurgeableString, "purgeable-string")                                                        \
+    /* a member's meta table, the property of an allowed value or of an object's value, */        \
+    /* or the model of a code object does not exist                                    */         \
+    X(MemberWithoutMetaTable, "member-without-meta-table")                                        \
+    X(PropertyValueWithoutProperty, "property-value-without-property")                            \
+    X(CodeObjectWithoutModel, "code-object-without-model")
 
-constexpr int kCheckKindCount = static_cast<int>(ECheckKind::Count);
+enum class ECheckKind {
+#define TESSMETA_CHECK_KIND_ENUM(kind, name) kind,
+    TESSMETA_CHECK_KINDS(TESSMETA_CHECK_KIND_ENUM)
+#undef TESSMETA_CHECK_KIND_ENUM
+        kCheckKindCount
+};
 
 // The stable, lower-case name of a kind ("usage-without-string", ...).
 const char* CheckKindName(ECheckKind kind);
@@ -37,8 +49,8 @@ struct SCheckFinding {
 };
 
 struct SCheckReport {
-    std::vector<SCheckFinding> findings;       // at most `detailLimit` per kind
-    std::size_t counts[kCheckKindCount] = {};  // every finding, by kind (ECheckKind order)
+    std::vector<SCheckFinding> findings;  // at most `detailLimit` per kind
+    std::size_t counts[static_cast<int>(ECheckKind::kCheckKindCount)] = {};  // by kind
 
     std::size_t Count(ECheckKind kind) const { return counts[static_cast<int>(kind)]; }
     // Everything but purgeable strings.
