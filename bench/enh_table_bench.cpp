@@ -13,18 +13,32 @@
 #include <string>
 
 #include "foundation/enh_table.h"
-#include "schema/code_object_tables.h"
 #include "support/bench_support.h"
 
 namespace {
 
+using tessmeta::bench::OpenRaw;
 using tessmeta::bench::ScratchFile;
 
 constexpr DWORD kRows = 1000000;
 constexpr DWORD kModels = 1000;
 
-// The product's storage-object table (schema/code_object_tables.h).
-using CBenchStorageTable = CEnhStorageObjectTable;
+class CBenchStorageTable;
+class CKelBenchStorage final : public CEnhRow<CStorage_ObjectBase, CBenchStorageTable> {};
+
+struct SBenchStorageTraits : CEnhTableTraits<CKelBenchStorage> {
+    static constexpr DWORD Row::*kForeignKey = &Row::Model_ID;
+    static constexpr std::array kTexts{Text{&Row::Name, "Storage Object Name"},
+                                       Text{&Row::Owner, "Storage Object Owner"},
+                                       Text{&Row::Description, "Storage Object Description"},
+                                       Text{&Row::Value, "Storage Object Value"}};
+    static constexpr const char* kObjectType = "Storage Object";
+};
+
+class CBenchStorageTable : public CEnhTable<SBenchStorageTraits> {
+  public:
+    using CEnhTable::CEnhTable;
+};
 
 // The same rows with no foreign-key index.
 class CBenchUnindexedTable;
@@ -110,12 +124,16 @@ struct RawStorageObject {
 };
 
 void BM_ScanRawSqlite(benchmark::State& state) {
-    RawStorageObject row{};
-    tessmeta::bench::RunRawScan(
-        state, LoadFile(),
-        "SELECT Storage_Object_ID, Model_ID, Name, Owner, Description, Value,"
-        " Global_User_ID FROM Storage_Object ORDER BY rowid",
-        kRows, [&](sqlite3_stmt* stmt) {
+    sqlite3* db = OpenRaw(LoadFile());
+    sqlite3_stmt* stmt = nullptr;
+    sqlite3_prepare_v2(db,
+                       "SELECT Storage_Object_ID, Model_ID, Name, Owner, Description, Value,"
+                       " Global_User_ID FROM Storage_Object ORDER BY rowid",
+                       -1, &stmt, nullptr);
+    for (auto _ : state) {
+        RawStorageObject row{};
+        DWORD n = 0;
+        while (sqlite3_step(stmt) == SQLITE_ROW) {
             row.id = sqlite3_column_int64(stmt, 0);
             row.model = sqlite3_column_int64(stmt, 1);
             row.name = sqlite3_column_int64(stmt, 2);
@@ -123,8 +141,14 @@ void BM_ScanRawSqlite(benchmark::State& state) {
             row.description = sqlite3_column_int64(stmt, 4);
             row.value = sqlite3_column_int64(stmt, 5);
             row.uniqueId = sqlite3_column_int64(stmt, 6);
-        });
-    benchmark::DoNotOptimize(row);
+            ++n;
+        }
+        sqlite3_reset(stmt);
+        if (n != kRows) state.SkipWithError("row count");
+        benchmark::DoNotOptimize(row);
+    }
+    sqlite3_finalize(stmt);
+    sqlite3_close(db);
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * kRows);
 }
 

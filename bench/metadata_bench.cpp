@@ -26,27 +26,24 @@
 
 namespace {
 
-using tessmeta::bench::ScratchFile;
-
 constexpr DWORD kRows = 1000000;
 constexpr DWORD kMetaTables = 28;
 
 const std::string& MemberFile() {
     static const std::string path = [] {
-        std::string p = ScratchFile("members.zmf");
-        auto file = CZmfFile::Create(p);
-        CTableBase* t = file->GetEmptyTable("MetaClass_Member");
-        t->SetSizeEstimate(static_cast<LONG>(kRows));
+        std::vector<CMetaClass_MemberBase> rows(kRows);
+        std::vector<const CDbObjectBase*> pointers;
         for (DWORD i = 0; i < kRows; ++i) {
-            CMetaClass_MemberBase row(i + 1);
+            CMetaClass_MemberBase& row = rows[i];
+            row.MetaClass_Member_ID = i + 1;
             row.MetaTable_ID = 1 + i % kMetaTables;
             row.Name = "Table";
             row.TableRow_ID = 1 + i / kMetaTables;
             row.Global_User_ID = kRows + i;
-            t->Insert(&row);
+            pointers.push_back(&row);
         }
-        if (!file->Commit()) std::abort();
-        return p;
+        return tessmeta::bench::CreateTableFile("members.zmf", CMetaClass_MemberBase::Desc(),
+                                                pointers);
     }();
     return path;
 }
@@ -73,31 +70,11 @@ void BM_LoadMembers(benchmark::State& state) {
     SetCounters(state);
 }
 
-struct SRawMember {
-    int64_t id = 0, metaTable = 0, tableRow = 0, value = 0, uniqueId = 0;
-    std::string name, description;
-};
-
+// Every column of every row into plain buffers (texts into reused std::strings).
 void BM_ScanMembersRawSqlite(benchmark::State& state) {
-    SRawMember row;
-    auto text = [](sqlite3_stmt* stmt, int column, std::string& out) {
-        const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(stmt, column));
-        out.assign(bytes ? bytes : "", static_cast<size_t>(sqlite3_column_bytes(stmt, column)));
-    };
-    tessmeta::bench::RunRawScan(
-        state, MemberFile(),
-        "SELECT MetaClass_Member_ID, MetaTable_ID, Name, Description, TableRow_ID,"
-        " Member_Value, Global_User_ID FROM MetaClass_Member ORDER BY rowid",
-        kRows, [&](sqlite3_stmt* stmt) {
-            row.id = sqlite3_column_int64(stmt, 0);
-            row.metaTable = sqlite3_column_int64(stmt, 1);
-            text(stmt, 2, row.name);
-            text(stmt, 3, row.description);
-            row.tableRow = sqlite3_column_int64(stmt, 4);
-            row.value = sqlite3_column_int64(stmt, 5);
-            row.uniqueId = sqlite3_column_int64(stmt, 6);
-        });
-    benchmark::DoNotOptimize(row);
+    tessmeta::bench::CRawTableScan scan(MemberFile(), CMetaClass_MemberBase::Desc());
+    for (auto _ : state)
+        if (scan.Run() != kRows) state.SkipWithError("row count");
     SetCounters(state);
 }
 

@@ -195,4 +195,134 @@ size_t CRawUniqueObjectScan::Run() {
     return n;
 }
 
+namespace {
+
+std::string ColumnList(const SZmfTableDesc& desc) {
+    std::string list;
+    for (const SZmfColumnDesc& column : desc.columns)
+        list += (list.empty() ? "" : ", ") + std::string(column.name);
+    return list;
+}
+
+// Binds the columns of one row from parameter `base` + 1 on.
+class CRawBinder final : public IZmfColumnSink {
+  public:
+    CRawBinder(sqlite3_stmt* stmt, int base) : m_stmt(stmt), m_base(base) {}
+    void U32(int index, DWORD value) override {
+        sqlite3_bind_int64(m_stmt, m_base + index + 1, value);
+    }
+    void Int(int index, LONG value) override {
+        sqlite3_bind_int64(m_stmt, m_base + index + 1, value);
+    }
+    void String(int index, const CString& value) override {
+        sqlite3_bind_text(m_stmt, m_base + index + 1, value, value.GetLength(), SQLITE_STATIC);
+    }
+    void Date(int index, const COleDateTime& value) override {
+        sqlite3_bind_double(m_stmt, m_base + index + 1, value.m_dt);
+    }
+
+  private:
+    sqlite3_stmt* m_stmt;
+    int m_base;
+};
+
+sqlite3_stmt* PrepareRowsInsert(sqlite3* db, const SZmfTableDesc& desc, int rowsPerStatement) {
+    std::string tuple = "(";
+    for (size_t c = 0; c < desc.columns.size(); ++c)
+        tuple += c ? ",?" : "?";
+    tuple += ")";
+    std::string sql =
+        "INSERT INTO " + std::string(desc.name) + " (" + ColumnList(desc) + ") VALUES ";
+    for (int r = 0; r < rowsPerStatement; ++r)
+        sql += (r ? "," : "") + tuple;
+    sqlite3_stmt* stmt = nullptr;
+    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) std::abort();
+    return stmt;
+}
+
+}  // namespace
+
+CRawTableScan::CRawTableScan(const std::string& path, const SZmfTableDesc& desc)
+    : m_desc(desc), m_db(OpenRaw(path)) {
+    const std::string sql =
+        "SELECT " + ColumnList(desc) + " FROM " + std::string(desc.name) + " ORDER BY rowid";
+    if (sqlite3_prepare_v2(m_db, sql.c_str(), -1, &m_stmt, nullptr) != SQLITE_OK) std::abort();
+}
+
+CRawTableScan::~CRawTableScan() {
+    sqlite3_finalize(m_stmt);
+    sqlite3_close(m_db);
+}
+
+size_t CRawTableScan::Run() {
+    const size_t columns = m_desc.columns.size();
+    std::vector<int64_t> integers(columns);
+    std::vector<double> dates(columns);
+    std::vector<std::string> texts(columns);
+    size_t n = 0;
+    while (sqlite3_step(m_stmt) == SQLITE_ROW) {
+        for (size_t c = 0; c < columns; ++c) {
+            const int i = static_cast<int>(c);
+            switch (m_desc.columns[c].type) {
+                case EZmfColumnType::String:
+                    texts[c].assign(reinterpret_cast<const char*>(sqlite3_column_text(m_stmt, i)),
+                                    static_cast<size_t>(sqlite3_column_bytes(m_stmt, i)));
+                    break;
+                case EZmfColumnType::Date:
+                    dates[c] = sqlite3_column_double(m_stmt, i);
+                    break;
+                default:
+                    integers[c] = sqlite3_column_int64(m_stmt, i);
+            }
+        }
+        ++n;
+    }
+    sqlite3_reset(m_stmt);
+    benchmark::DoNotOptimize(integers.data());
+    benchmark::DoNotOptimize(texts.data());
+    return n;
+}
+
+bool RawSaveRows(const std::string& path, const SZmfTableDesc& desc,
+                 const std::vector<const CDbObjectBase*>& rows, int batch) {
+    sqlite3* db = OpenRaw(path);
+    const std::string clear = "BEGIN IMMEDIATE; DELETE FROM " + std::string(desc.name) + ";";
+    sqlite3_exec(db, clear.c_str(), nullptr, nullptr, nullptr);
+    sqlite3_stmt* many = PrepareRowsInsert(db, desc, batch);
+    sqlite3_stmt* one = PrepareRowsInsert(db, desc, 1);
+    const int width = static_cast<int>(desc.columns.size());
+    size_t i = 0;
+    for (; i + static_cast<size_t>(batch) <= rows.size(); i += static_cast<size_t>(batch)) {
+        for (int r = 0; r < batch; ++r) {
+            CRawBinder binder(many, r * width);
+            desc.readRow(*rows[i + static_cast<size_t>(r)], binder);
+        }
+        sqlite3_step(many);
+        sqlite3_reset(many);
+    }
+    for (; i < rows.size(); ++i) {
+        CRawBinder binder(one, 0);
+        desc.readRow(*rows[i], binder);
+        sqlite3_step(one);
+        sqlite3_reset(one);
+    }
+    sqlite3_finalize(many);
+    sqlite3_finalize(one);
+    const bool ok = sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(db);
+    return ok;
+}
+
+std::string CreateTableFile(const std::string& name, const SZmfTableDesc& desc,
+                            const std::vector<const CDbObjectBase*>& rows) {
+    const std::string path = FreshSaveTarget(name.c_str());
+    auto file = CZmfFile::Open(path);
+    CTableBase* table = file->GetEmptyTable(desc.name);
+    table->SetSizeEstimate(static_cast<LONG>(rows.size()));
+    for (const CDbObjectBase* row : rows)
+        table->Insert(row);
+    if (!file->Commit()) std::abort();
+    return path;
+}
+
 }  // namespace tessmeta::bench

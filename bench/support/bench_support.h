@@ -1,7 +1,6 @@
 // Shared pieces of the benchmarks: scratch files and synthetic rows.
 #pragma once
 
-#include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
 #include <memory>
@@ -28,26 +27,6 @@ std::unique_ptr<CZmfFile> CreateUniqueObjectFile(const std::string& name,
 // Opens a file with the raw SQLite API for a baseline, with the store's pragmas.
 sqlite3* OpenRaw(const std::string& path);
 
-// The raw baseline of a table scan: per benchmark iteration, a sqlite3_step loop
-// over `sql` on the file at `path` that calls read(stmt) for every row; a count
-// other than `rows` fails the benchmark.
-template <class Read>
-void RunRawScan(benchmark::State& state, const std::string& path, const char* sql, size_t rows,
-                Read&& read) {
-    sqlite3* db = OpenRaw(path);
-    sqlite3_stmt* stmt = nullptr;
-    sqlite3_prepare_v2(db, sql, -1, &stmt, nullptr);
-    for (auto _ : state) {
-        size_t n = 0;
-        for (; sqlite3_step(stmt) == SQLITE_ROW; ++n)
-            read(stmt);
-        sqlite3_reset(stmt);
-        if (n != rows) state.SkipWithError("row count");
-    }
-    sqlite3_finalize(stmt);
-    sqlite3_close(db);
-}
-
 // A model file to save into: created anew (empty tables), as a save replaces the
 // rows of an existing file.
 std::string FreshSaveTarget(const char* name);
@@ -73,5 +52,36 @@ class CRawUniqueObjectScan {
     sqlite3* m_db;
     sqlite3_stmt* m_stmt = nullptr;
 };
+
+// Raw baselines for any table of the catalogue.
+//
+// A scan: a sqlite3_step loop that reads every column of the table, in stored order,
+// into plain buffers (integers as int64, texts as std::string, dates as double), as a
+// hand-written loader would.
+class CRawTableScan {
+  public:
+    CRawTableScan(const std::string& path, const SZmfTableDesc& desc);
+    ~CRawTableScan();
+    CRawTableScan(const CRawTableScan&) = delete;
+    CRawTableScan& operator=(const CRawTableScan&) = delete;
+    // Reads every row; returns the row count.
+    size_t Run();
+
+  private:
+    const SZmfTableDesc& m_desc;
+    sqlite3* m_db;
+    sqlite3_stmt* m_stmt = nullptr;
+};
+
+// A save: the rows replace the table's in one transaction, through prepared
+// INSERTs of `batch` rows each (single-row ones for the tail), then the commit.
+// False when the commit failed.
+bool RawSaveRows(const std::string& path, const SZmfTableDesc& desc,
+                 const std::vector<const CDbObjectBase*>& rows, int batch);
+
+// Writes `rows` into table `desc` of the scratch model file `name` (created anew),
+// committed; returns its path.
+std::string CreateTableFile(const std::string& name, const SZmfTableDesc& desc,
+                            const std::vector<const CDbObjectBase*>& rows);
 
 }  // namespace tessmeta::bench
