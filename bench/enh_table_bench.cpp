@@ -13,6 +13,7 @@
 #include <string>
 
 #include "foundation/enh_table.h"
+#include "schema/code_object_tables.h"
 #include "support/bench_support.h"
 
 namespace {
@@ -23,22 +24,8 @@ using tessmeta::bench::ScratchFile;
 constexpr DWORD kRows = 1000000;
 constexpr DWORD kModels = 1000;
 
-class CBenchStorageTable;
-class CKelBenchStorage final : public CEnhRow<CStorage_ObjectBase, CBenchStorageTable> {};
-
-struct SBenchStorageTraits : CEnhTableTraits<CKelBenchStorage> {
-    static constexpr DWORD Row::*kForeignKey = &Row::Model_ID;
-    static constexpr std::array kTexts{Text{&Row::Name, "Storage Object Name"},
-                                       Text{&Row::Owner, "Storage Object Owner"},
-                                       Text{&Row::Description, "Storage Object Description"},
-                                       Text{&Row::Value, "Storage Object Value"}};
-    static constexpr const char* kObjectType = "Storage Object";
-};
-
-class CBenchStorageTable : public CEnhTable<SBenchStorageTraits> {
-  public:
-    using CEnhTable::CEnhTable;
-};
+// The product's storage-object table (schema/code_object_tables.h).
+using CBenchStorageTable = CEnhStorageObjectTable;
 
 // The same rows with no foreign-key index.
 class CBenchUnindexedTable;

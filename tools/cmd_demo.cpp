@@ -96,6 +96,7 @@ int RunDemo(const std::string& path) {
     const auto dictionaryDemo = BuildDictionaryDemo(*model, FirstOfType(expected, "Entity"));
     const auto layoutAndView = BuildLayoutViewDemo(*model, FirstOfType(expected, "Model"));
     const auto repositoryDemo = BuildRepositoryDemo(*model, FirstOfType(expected, "Model"));
+    const SMetadataDemo metadata = BuildMetadataDemo(*model);
     SModelSaveOptions options;
     options.purgeStrings = 1;
     if (!SaveModel(*model, options)) return kExitProblems;
@@ -103,10 +104,9 @@ int RunDemo(const std::string& path) {
 
     auto reopened = OpenModel(path);
     if (!reopened) return kExitProblems;
-    const int problems = Verify(*reopened, expected) +
-                         VerifyDictionaryDemo(*reopened, *dictionaryDemo) +
-                         VerifyLayoutViewDemo(*reopened, layoutAndView) +
-                         VerifyRepositoryDemo(*reopened, *repositoryDemo);
+    int problems = Verify(*reopened, expected) + VerifyDictionaryDemo(*reopened, *dictionaryDemo) +
+                   VerifyLayoutViewDemo(*reopened, layoutAndView) +
+                   VerifyRepositoryDemo(*reopened, *repositoryDemo);
     CGuidMgr& guids = reopened->GetGuidMgr();
     int strings = 0;
     LONG id;
@@ -131,6 +131,7 @@ int RunDemo(const std::string& path) {
     for (std::size_t at = select.find('\n'); at != std::string::npos; at = select.find('\n', at))
         select.insert(++at, "    ");
     std::printf("  view %u:\n    %s\n", layoutAndView.view, select.c_str());
+    problems += VerifyMetadataDemo(*reopened, metadata);
     std::printf("verified: %s\n", problems ? "NO" : "saved, reopened and identical");
     return problems ? kExitProblems : kExitOk;
 }

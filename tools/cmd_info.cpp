@@ -76,6 +76,7 @@ int RunInfo(const std::string& path) {
     PrintDictionaryInfo(*model);
     PrintLayoutAndViewSummary(*model);
     PrintRepositoryInfo(*model);
+    PrintMetadataInfo(*model);
     return kExitOk;
 }
 

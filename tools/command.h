@@ -75,5 +75,22 @@ int VerifyLayoutViewDemo(CModelFile& model, const SLayoutViewDemo& demo);
 // Creates or refreshes the system libraries and triggers of platform 1, 2 or 3.
 int RunSysMacros(const std::string& path, int platform);
 int RunRepo(const std::string& path);
+int RunProps(const std::string& path, std::uint32_t objectId);
+
+// The metadata parts of info and demo (cmd_props.cpp).
+void PrintMetadataInfo(CModelFile& model);
+struct SMetadataDemo {
+    ULONG modelId = 0;
+    ULONG entityId = 0;
+    int properties = 0;
+    int codeObjects = 0;
+    EPropertyResult refused = EPropertyResult::Done;  // a value outside the allowed list
+};
+// Sets properties and overrides on the model's first entity and creates one code
+// object of each kind in its first model.
+SMetadataDemo BuildMetadataDemo(CModelFile& model);
+// Checks the reopened model against the demo and prints its lines of the summary;
+// returns the number of problems.
+int VerifyMetadataDemo(CModelFile& model, const SMetadataDemo& demo);
 
 }  // namespace tessmeta::tool

@@ -75,6 +75,13 @@ int main(int argc, char** argv) {
         "List what an exchange with the repository would carry: modified and deleted "
         "objects, inter-model relationships, pending check-outs");
     addFile(cmdRepo, "a model file");
+    std::uint32_t objectId = 0;
+    auto* cmdProps =
+        app.add_subcommand("props", "List an object's properties and display overrides");
+    addFile(cmdProps, "a model file");
+    cmdProps->add_option("OBJECT-ID", objectId, "the object's id (its row id in its table)")
+        ->required()
+        ->check(CLI::Range(std::uint32_t{1}, std::uint32_t{4294967295u}));
 
     try {
         app.parse(argc, argv);
@@ -96,5 +103,6 @@ int main(int argc, char** argv) {
     if (*cmdLayout) return RunLayout(file, submodel);
     if (*cmdSysMacros) return RunSysMacros(file, platform);
     if (*cmdRepo) return RunRepo(file);
+    if (*cmdProps) return RunProps(file, objectId);
     return RunDemo(file);
 }

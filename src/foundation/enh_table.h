@@ -39,27 +39,35 @@
 //       static constexpr const char* kObjectType = "Storage Object";
 //   };
 //
-//   class CEnhStorageObjectTable : public CEnhTable<SStorageObjectTraits> {
+//   class CEnhStorageObjectTable : public CEnhTextTable<SStorageObjectTraits> {
 //     public:
-//       using CEnhTable::CEnhTable;
-//       ULONG Insert(ULONG modelId, const CString& name, const CString& owner,
-//                    const CString& description, const CString& value, ULONG uniqueId,
-//                    ULONG key) {
+//       using CEnhTextTable::CEnhTextTable;
+//       int GetName(ULONG key, CString& out) { return GetText(key, 0, out); }
+//       int SetName(ULONG key, const CString& text) { return SetText(key, 0, text); }
+//       // ... the other columns alike.
+//   };
+//
+// CEnhTextTable (at the end of this file) supplies both insert forms and the update
+// of a table whose own columns are its foreign key and its texts. A table with
+// other columns derives from CEnhTable and writes them as one-line wrappers over
+// InsertTexts, InsertIds and UpdateRow:
+//
+//       ULONG Insert(ULONG modelId, const CString& name, ..., ULONG uniqueId, ULONG key) {
 //           auto row = std::make_unique<CKelStorageObject>();
 //           row->Model_ID = modelId;
 //           row->Global_User_ID = uniqueId;
 //           return InsertTexts(std::move(row), key, name, owner, description, value);
 //       }
-//       int GetName(ULONG key, CString& out) { return GetText(key, 0, out); }
-//       int SetName(ULONG key, const CString& text) { return SetText(key, 0, text); }
-//       // ... the id form of Insert, Update, and the other columns alike.
-//   };
 //
 // Services. The name-space and identity services may be null. Without a name space
 // no usage-type lookups, string registrations or string reads happen (usage type
 // ids are 0). Without an identity service no unique objects are created or
 // deleted, the object type id is 0, and inserts register no texts: the id form
 // keeps the string ids it is given, the text form leaves the text columns 0.
+//
+// Load repairs. A table that corrects or drops stored rows as they load overrides
+// AdmitLoadedRow: it sees each stored row before the row enters the table, may
+// change it, and returns false to drop it.
 //
 // Extra indexes. A table with more maps keeps them itself and overrides the three
 // hooks AddToExtraIndexes, RemoveFromExtraIndexes and SizeExtraIndexes; the
@@ -95,6 +103,13 @@
 #include "platform/cmap.h"
 #include "platform/cstring.h"
 #include "platform/types.h"
+
+// Gives back the record-store table a save left with `table`, through the file
+// the save wrote to (ReleaseStorageTables of a manager); nothing when none is held.
+inline void ReleaseSavedTable(CEnhTableBase& table, int flag) {
+    if (table.GetFile() && static_cast<CTableBase*>(table))
+        table.GetFile()->ReleaseTable(table.GetTablePtrAddr(), flag);
+}
 
 // A record-store row with a back pointer to the in-memory table that owns it, set
 // when the row enters the table. Copying copies every column, the list slot and the
@@ -216,7 +231,9 @@ class CEnhTable : public CEnhTableBase {
         // the same inserts in the same order as at load, so the same tree, but a
         // load whose foreign keys are never asked for does not pay for it.
         m_fkIndexPending = true;
-        LoadRows<Row>([this](std::unique_ptr<Row> row) { EnterRow(std::move(row)); });
+        LoadRows<Row>([this](std::unique_ptr<Row> row) {
+            if (AdmitLoadedRow(*row)) EnterRow(std::move(row));
+        });
     }
 
     // The row mapped under `key`, or null.
@@ -433,6 +450,8 @@ class CEnhTable : public CEnhTableBase {
     virtual void AddToExtraIndexes(Row* /*row*/) {}
     virtual void RemoveFromExtraIndexes(Row* /*row*/) {}
     virtual void SizeExtraIndexes(UINT /*bucketCount*/) {}
+    // Load repairs (see the top of this file): false drops the stored row.
+    virtual bool AdmitLoadedRow(Row& /*row*/) { return true; }
 
     INameSpaceService* GetNameSpace() const { return m_pNameSpace; }
     CIdentityMgr* GetKeys() const { return m_pKeys; }
@@ -537,4 +556,57 @@ class CEnhTable : public CEnhTableBase {
     bool m_fkIndexPending = false;              // loaded rows not yet filed in it
     std::array<int, kTextCount> m_usageTypeIds{};
     int m_nObjectTypeId = 0;
+};
+
+// CEnhTextTable: a table whose own columns are its foreign key and its texts, each
+// row a unique object (kForeignKey, kTexts and the unique-id column are required).
+// It supplies the two insert forms and the update of the model member for any
+// number of text columns, in column order:
+//   Insert(foreignKey, const CString& text..., uniqueId, key)   texts interned
+//   Insert(foreignKey, ULONG stringId..., uniqueId, key)        string ids kept
+//   Update(key, foreignKey, ULONG stringId...)
+// uniqueId 0 creates the row's unique object; key 0 allocates one. A table then
+// only names its traits (see the example at the top of this file).
+template <class Traits, class = std::make_index_sequence<Traits::kTexts.size()>>
+class CEnhTextTable;
+
+template <class Traits, std::size_t... I>
+class CEnhTextTable<Traits, std::index_sequence<I...>> : public CEnhTable<Traits> {
+    using Base = CEnhTable<Traits>;
+    template <std::size_t>
+    using TextArg = const CString&;
+    template <std::size_t>
+    using IdArg = ULONG;
+
+  public:
+    using Row = typename Base::Row;
+    static_assert(Base::kHasForeignKey && Base::kHasUniqueId,
+                  "a text table has a foreign key and a unique object per row");
+
+    using Base::Base;
+
+    ULONG Insert(ULONG foreignKey, TextArg<I>... texts, ULONG uniqueId, ULONG key) {
+        return this->InsertTexts(NewRow(foreignKey, uniqueId), key, texts...);
+    }
+    ULONG Insert(ULONG foreignKey, IdArg<I>... stringIds, ULONG uniqueId, ULONG key) {
+        auto row = NewRow(foreignKey, uniqueId);
+        ((row.get()->*Traits::kTexts[I].column = stringIds), ...);
+        return this->InsertIds(std::move(row), key);
+    }
+    // Overwrites the foreign key and the string ids (usages untouched); 0 when there
+    // is no such row.
+    int Update(ULONG key, ULONG foreignKey, IdArg<I>... stringIds) {
+        return this->UpdateRow(key, [&](Row& row) {
+            row.*Traits::kForeignKey = foreignKey;
+            ((row.*Traits::kTexts[I].column = stringIds), ...);
+        });
+    }
+
+  private:
+    static std::unique_ptr<Row> NewRow(ULONG foreignKey, ULONG uniqueId) {
+        auto row = std::make_unique<Row>();
+        row.get()->*Traits::kForeignKey = foreignKey;
+        row.get()->*Traits::kUniqueId = uniqueId;
+        return row;
+    }
 };

@@ -7,6 +7,7 @@
 
 #include "layout/layout_check.h"
 #include "views/view_check.h"
+#include "metadata/metadata_check.h"
 #include "zmflib/iterators.h"
 
 namespace tessmeta {
@@ -107,6 +108,7 @@ SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
     CheckLayoutTables(file, out);
     CheckViewTables(file, out);
     CheckRepository(file, objects, out);
+    CheckMetadataTables(file, out);
     CheckDuplicateKeys(file, out);
     return report;
 }

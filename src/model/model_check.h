@@ -48,7 +48,12 @@ namespace tessmeta {
     X(LinkWithoutRelationship, "link-without-relationship")                                       \
     X(RelationshipWithoutObject, "relationship-without-object")                                   \
     X(ModificationOfUnknownObject, "modification-of-unknown-object")                              \
-    X(CheckoutOfUnknownObject, "checkout-of-unknown-object")
+    X(CheckoutOfUnknownObject, "checkout-of-unknown-object")                                      \
+    /* a member's meta table, the property of an allowed value or of an object's value, */        \
+    /* or the model of a code object does not exist                                    */         \
+    X(MemberWithoutMetaTable, "member-without-meta-table")                                        \
+    X(PropertyValueWithoutProperty, "property-value-without-property")                            \
+    X(CodeObjectWithoutModel, "code-object-without-model")
 
 enum class ECheckKind {
 #define TESSMETA_CHECK_KIND_ENUM(kind, name) kind,

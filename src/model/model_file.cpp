@@ -100,6 +100,22 @@ void CModelFile::LoadManagers(const SModelLoadOptions& options) {
     m_delayedCheckouts->Init(0);
     m_guids->SetRepoTableMgr(m_repository.get());
     m_guids->SetEnhDelayedCheckOutTable(m_delayedCheckouts.get());
+    LoadMetadataManagers();
+}
+
+void CModelFile::LoadMetadataManagers() {
+    CZmfFile* file = m_file.get();
+    m_metaTables = std::make_unique<CEnhMetaTableTbl>(file);
+    m_metaTables->Init(0);
+    m_members = std::make_unique<CEnhMetaClassMemberTbl>(file, m_guids.get());
+    m_members->Init(0);
+    m_properties =
+        std::make_unique<CPropertyMgr>(file, m_guids.get(), m_metaTables.get(), m_members.get());
+    m_properties->Init(0);
+    m_overrides = std::make_unique<CObjectPropOverrideMgr>(file, m_guids.get());
+    m_overrides->Init(0);
+    m_schema = std::make_unique<CSchemaObjectMgr>(m_names.get(), m_guids.get(), file);
+    m_schema->Init(0);
 }
 
 void CModelFile::InitNewModel() {
@@ -117,6 +133,11 @@ bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
     m_views->Save(&file);
     m_repository->Save(&file, options.emptyModifications, options.keepModifications);
     m_delayedCheckouts->Save(&file);
+    m_metaTables->Save(&file);
+    m_members->Save(&file);
+    m_properties->Save(&file);
+    m_overrides->Save(&file);
+    m_schema->Save(&file);
     // A failed insert shows in the file's error; the transaction then must not be
     // committed half-written.
     const bool ok = !file.HasError() && file.Commit();
@@ -135,6 +156,11 @@ void CModelFile::ReleaseStorageTables() {
     m_repository->ReleaseStorageTables();
     if (*m_delayedCheckouts && m_delayedCheckouts->GetFile())
         m_delayedCheckouts->GetFile()->ReleaseTable(m_delayedCheckouts->GetTablePtrAddr(), 0);
+    ReleaseSavedTable(*m_metaTables, 0);
+    ReleaseSavedTable(*m_members, 0);
+    m_properties->ReleaseStorageTables(0);
+    m_overrides->ReleaseStorageTables(0);
+    m_schema->ReleaseStorageTables(0);
 }
 
 bool CModelFile::Save(const SModelSaveOptions& options) {

@@ -22,6 +22,11 @@
 #include "views/view_meta_data_mgr.h"
 #include "repository/delay_checkout_table.h"
 #include "repository/repo_table_manager.h"
+#include "metadata/meta_class_member_table.h"
+#include "metadata/meta_table_table.h"
+#include "metadata/object_prop_override_mgr.h"
+#include "metadata/property_mgr.h"
+#include "schema/schema_object_mgr.h"
 #include "zmflib/zmf_file.h"
 
 namespace tessmeta {
@@ -82,6 +87,13 @@ class CModelFile {
     CViewMetaDataMgr& GetViewMetaDataMgr() { return *m_views; }
     CRepoTableManager& GetRepoTableManager() { return *m_repository; }
     CEnhDelayCheckoutTable& GetDelayCheckoutTable() { return *m_delayedCheckouts; }
+    // Metadata (docs/metadata.md): the meta tables, their members, properties and
+    // colour and font overrides; and the schema code objects.
+    CEnhMetaTableTbl& GetMetaTableTbl() { return *m_metaTables; }
+    CEnhMetaClassMemberTbl& GetMetaClassMemberTbl() { return *m_members; }
+    CPropertyMgr& GetPropertyMgr() { return *m_properties; }
+    CObjectPropOverrideMgr& GetObjectPropOverrideMgr() { return *m_overrides; }
+    CSchemaObjectMgr& GetSchemaObjectMgr() { return *m_schema; }
 
     // Saves every manager into the model's own file as format version 530 and
     // commits. False (with GetLastError) when the record store failed.
@@ -97,6 +109,7 @@ class CModelFile {
     void LoadManagers(const SModelLoadOptions& options);
     // What a model made from nothing gets beyond its loaded tables.
     void InitNewModel();
+    void LoadMetadataManagers();
     bool SaveInto(CZmfFile& file, const SModelSaveOptions& options);
     void ReleaseStorageTables();
 
@@ -113,6 +126,11 @@ class CModelFile {
     // Handed to m_guids, which never calls them while it is destroyed.
     std::unique_ptr<CRepoTableManager> m_repository;
     std::unique_ptr<CEnhDelayCheckoutTable> m_delayedCheckouts;
+    std::unique_ptr<CEnhMetaTableTbl> m_metaTables;
+    std::unique_ptr<CEnhMetaClassMemberTbl> m_members;
+    std::unique_ptr<CPropertyMgr> m_properties;  // declared after the tables it borrows
+    std::unique_ptr<CObjectPropOverrideMgr> m_overrides;
+    std::unique_ptr<CSchemaObjectMgr> m_schema;
     std::string m_lastError;
 };
 

@@ -121,6 +121,24 @@ DWORD KeyOf(const SZmfTableDesc& desc, const CDbObjectBase& row) {
     return reader.key;
 }
 
+bool IsAddedColumn(const SZmfTableDesc& desc, const char* column) {
+    struct SAdded {
+        const char* table;
+        const char* column;
+    };
+    static constexpr SAdded kAdded[] = {
+#define ZMF_TABLE(Table, number, kind, keyMode, KeyColumn, COLUMNS)
+#define ZMF_ADDED_COLUMN(Table, Column) {#Table, #Column},
+#include "zmflib/catalogue.def"
+#undef ZMF_ADDED_COLUMN
+#undef ZMF_TABLE
+    };
+    for (const SAdded& added : kAdded)
+        if (std::strcmp(added.table, desc.name) == 0 && std::strcmp(added.column, column) == 0)
+            return true;
+    return false;
+}
+
 const SZmfTableDesc* FindTableByNumber(int tableNumber) {
     const auto& map = Catalogue().byNumber;
     auto it = map.find(tableNumber);

@@ -69,4 +69,8 @@ const SZmfTableDesc* FindTableByNumber(int tableNumber);
 // The key (first column) of a row of the described table.
 DWORD KeyOf(const SZmfTableDesc& desc, const CDbObjectBase& row);
 
+// Whether `column` of the table was added after the table was first stored, so that
+// older files may lack it (ZMF_ADDED_COLUMN in catalogue.def).
+bool IsAddedColumn(const SZmfTableDesc& desc, const char* column);
+
 }  // namespace zmf

@@ -51,6 +51,24 @@ std::string ColumnList(const SZmfTableDesc& desc) {
     return list;
 }
 
+// The column list of a read: a column the stored table lacks (an added column, see
+// catalogue.def) reads as its type's empty value.
+std::string ReadColumnList(const SZmfTableDesc& desc, const CSqliteZmfFile& file) {
+    std::string list;
+    for (const SZmfColumnDesc& c : desc.columns) {
+        if (!list.empty()) list += ',';
+        if (!file.LacksColumn(desc.name, c.name)) {
+            list += Quote(c.name);
+            continue;
+        }
+        list += c.type == EZmfColumnType::String ? "''"
+                : c.type == EZmfColumnType::Date ? "NULL"
+                                                 : "0";
+        list += " AS " + Quote(c.name);
+    }
+    return list;
+}
+
 const char* SqlType(EZmfColumnType type) {
     switch (type) {
         case EZmfColumnType::String:
@@ -209,7 +227,8 @@ class CSqliteTable final : public CTableBase {
         : CTableBase(file, desc),
           m_file(*file),
           m_columns(static_cast<int>(desc.columns.size())),
-          m_columnList(ColumnList(desc)) {
+          m_columnList(ColumnList(desc)),
+          m_readList(ReadColumnList(desc, *file)) {
         const int limit = sqlite3_limit(file->Db(), SQLITE_LIMIT_VARIABLE_NUMBER, -1);
         m_batchRows = std::max(1, std::min(kBatchRows, limit / m_columns));
         m_pending.resize(static_cast<size_t>(m_batchRows) * m_columns);
@@ -218,7 +237,7 @@ class CSqliteTable final : public CTableBase {
     bool Clear() override {
         ResetPositional();
         m_pendingRows = 0;
-        if (!m_file.EnsureTableExists(GetDesc())) return false;
+        if (!m_file.EnsureTableExists(GetDesc()) || !AddLackingColumns()) return false;
         return m_file.Exec(("DELETE FROM " + Quote(GetName())).c_str(), "cannot empty table");
     }
 
@@ -241,6 +260,7 @@ class CSqliteTable final : public CTableBase {
         ResetPositional();
         // Once made, a table stays: the file's set of tables is not asked per row.
         if (!m_created && !(m_created = m_file.EnsureTableExists(GetDesc()))) return 0;
+        if (!AddLackingColumns()) return 0;
         CBufferSink sink(&m_pending[static_cast<size_t>(m_pendingRows) * m_columns]);
         GetDesc().readRow(*row, sink);
         ++m_pendingRows;
@@ -250,7 +270,7 @@ class CSqliteTable final : public CTableBase {
     }
 
     int DoUpdate(const CDbObjectBase* row) override {
-        if (!Flush() || !TableExists()) return 0;
+        if (!Flush() || !TableExists() || !AddLackingColumns()) return 0;
         ResetPositional();
         std::string sql = "UPDATE " + Quote(GetName()) + " SET ";
         for (int i = 0; i < m_columns; ++i) {
@@ -278,7 +298,7 @@ class CSqliteTable final : public CTableBase {
 
     int DoGet(CDbObjectBase* row) override {
         if (!Flush() || !TableExists()) return 0;
-        Stmt stmt(m_file.Prepare("SELECT " + m_columnList + " FROM " + Quote(GetName()) +
+        Stmt stmt(m_file.Prepare("SELECT " + m_readList + " FROM " + Quote(GetName()) +
                                      " WHERE rowid=(" + FirstRowidByKey() + ")",
                                  "cannot read"));
         if (!stmt) return 0;
@@ -325,6 +345,17 @@ class CSqliteTable final : public CTableBase {
     friend class CSqliteCursor;
 
     bool TableExists() const { return m_file.TableExists(GetName()); }
+
+    // Before the first write to a table stored without some added columns: adds
+    // them, so that every column is written from now on.
+    bool AddLackingColumns() {
+        if (m_readList == m_columnList) return true;
+        if (!m_file.AddLackingColumns(GetDesc())) return false;
+        ResetPositional();
+        m_posStmt.reset();
+        m_readList = m_columnList;
+        return true;
+    }
 
     std::string FirstRowidByKey() const {
         return "SELECT rowid FROM " + Quote(GetName()) + " WHERE " +
@@ -379,7 +410,7 @@ class CSqliteTable final : public CTableBase {
     // Positions the positional statement on the first row with rowid >= `rowid`.
     POSITION SeekPositional(sqlite3_int64 rowid) {
         if (!m_posStmt) {
-            m_posStmt.reset(m_file.Prepare("SELECT rowid," + m_columnList + " FROM " +
+            m_posStmt.reset(m_file.Prepare("SELECT rowid," + m_readList + " FROM " +
                                                Quote(GetName()) + " WHERE rowid>=?1 ORDER BY rowid",
                                            "cannot read"));
             if (!m_posStmt) return nullptr;
@@ -405,6 +436,7 @@ class CSqliteTable final : public CTableBase {
     const int m_columns;
     const std::string m_columnList;
     bool m_created = false;  // the SQL table is known to exist
+    std::string m_readList;  // m_columnList, unless the stored table lacks added columns
     int m_batchRows = 1;
     std::vector<SPendingValue> m_pending;  // m_batchRows x m_columns values
     int m_pendingRows = 0;
@@ -442,9 +474,9 @@ class CSqliteCursor final : public CZmfCursor {
 std::unique_ptr<CZmfCursor> CSqliteTable::DoOpenCursor() {
     sqlite3_stmt* stmt = nullptr;
     if (Flush() && TableExists()) {
-        stmt = m_file.Prepare(
-            "SELECT " + m_columnList + " FROM " + Quote(GetName()) + " ORDER BY rowid",
-            "cannot read table");
+        stmt =
+            m_file.Prepare("SELECT " + m_readList + " FROM " + Quote(GetName()) + " ORDER BY rowid",
+                           "cannot read table");
     }
     return std::make_unique<CSqliteCursor>(m_file, GetDesc(), stmt);
 }
@@ -505,6 +537,28 @@ bool CSqliteZmfFile::EnsureTableExists(const SZmfTableDesc& desc) {
     sql += ")";
     if (!Exec(sql.c_str(), "cannot create table")) return false;
     m_existing.insert(desc.name);
+    return true;
+}
+
+bool CSqliteZmfFile::LacksColumn(const char* table, const char* column) const {
+    auto it = m_lacking.find(table);
+    return it != m_lacking.end() && it->second.count(column) != 0;
+}
+
+bool CSqliteZmfFile::AddLackingColumns(const SZmfTableDesc& desc) {
+    auto it = m_lacking.find(desc.name);
+    if (it == m_lacking.end()) return true;
+    for (const SZmfColumnDesc& c : desc.columns) {
+        if (!it->second.count(c.name)) continue;
+        const char* fill = c.type == EZmfColumnType::String ? " DEFAULT ''"
+                           : c.type == EZmfColumnType::Date ? ""
+                                                            : " DEFAULT 0";
+        const std::string sql = "ALTER TABLE " + Quote(desc.name) + " ADD COLUMN " + Quote(c.name) +
+                                " " + SqlType(c.type) + fill;
+        if (!Exec(sql.c_str(), "cannot add column")) return false;
+        it->second.erase(c.name);
+    }
+    m_lacking.erase(it);
     return true;
 }
 
@@ -575,7 +629,9 @@ bool CSqliteZmfFile::CheckTables() {
         while (sqlite3_step(info.get()) == SQLITE_ROW)
             present.insert(reinterpret_cast<const char*>(sqlite3_column_text(info.get(), 1)));
         for (const SZmfColumnDesc& c : desc->columns) {
-            if (!present.count(c.name)) {
+            if (!present.count(c.name) && zmf::IsAddedColumn(*desc, c.name)) {
+                m_lacking[name].insert(c.name);
+            } else if (!present.count(c.name)) {
                 SetError("damaged: table \"" + name + "\" has no column \"" + c.name + "\"");
                 return false;
             }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "zmflib/zmf_file.h"
@@ -27,6 +28,10 @@ class CSqliteZmfFile final : public CZmfFile {
     sqlite3* Db() const { return m_db; }
     bool TableExists(const char* name) const { return m_existing.count(name) != 0; }
     bool EnsureTableExists(const SZmfTableDesc& desc);
+    // Whether the stored table lacks an added column (catalogue.def), which then
+    // reads as empty; AddLackingColumns adds every such column of the table.
+    bool LacksColumn(const char* table, const char* column) const;
+    bool AddLackingColumns(const SZmfTableDesc& desc);
     // Prepares `sql`; on failure records the error (with `what`) and returns null.
     sqlite3_stmt* Prepare(const std::string& sql, const char* what);
     // Records the database's current error message, prefixed by `what`.
@@ -54,4 +59,6 @@ class CSqliteZmfFile final : public CZmfFile {
 
     sqlite3* m_db;  // owned; closed with sqlite3_close_v2 so that late statements are safe
     std::unordered_set<std::string> m_existing;  // catalogue tables present in the file
+    // Added columns that the stored tables lack, by table name.
+    std::unordered_map<std::string, std::unordered_set<std::string>> m_lacking;
 };

@@ -156,6 +156,11 @@ TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
         {"UPDATE InterModelRelationship SET Global_User_ID = 999", "relationship-without-object"},
         {"UPDATE ObjectModification SET Object_ID = 999", "modification-of-unknown-object"},
         {"UPDATE Delayed_Checkout SET Object_ID = 999", "checkout-of-unknown-object"},
+        {"UPDATE MetaClass_Member SET MetaTable_ID = 999", "member-without-meta-table"},
+        {"UPDATE Property_Usage SET Property_ID = 999 WHERE Property_Usage_ID = 1",
+         "property-value-without-property"},
+        {"DELETE FROM Property WHERE Name = 'Status'", "property-value-without-property"},
+        {"UPDATE DbPackage SET Model_ID = 999", "code-object-without-model"},
     };
     int n = 0;
     for (auto [sql, kind] : damages) {
@@ -213,6 +218,27 @@ TEST_F(CommandTest, RepoListsWhatAnExchangeWouldCarry) {
     EXPECT_NE(repo.out.find(guid), std::string::npos);
     EXPECT_EQ(Run("repo " + dir.File("missing.zmf")).status, 2);
     EXPECT_NE(Run("info " + demo).out.find(CountLine("pending check-outs", 1)), std::string::npos);
+}
+
+TEST_F(CommandTest, PropsListsAnObjectsPropertiesAndOverrides) {
+    const std::string demo = Demo();
+    const std::string entity = SqlValue(demo, "SELECT TableRow_ID FROM MetaClass_Member");
+    const SRun run = Run("props " + demo + " " + entity);
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("(Entity \"CUSTOMER\")"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("Table (meta table Entity"), std::string::npos);
+    EXPECT_NE(run.out.find("Governance / Status (Text) = \"Approved\"\n"), std::string::npos);
+    EXPECT_NE(run.out.find("font 0 = \"Arial\" 10.0 pt bold"), std::string::npos);
+    EXPECT_NE(run.out.find("3 properties, 2 display overrides"), std::string::npos);
+
+    // A value the definitions no longer accept is still listed, and says so.
+    Sql(demo, "UPDATE Property_Usage SET Value = 'Lost' WHERE Value = 'Approved'");
+    EXPECT_NE(Run("props " + demo + " " + entity).out.find("\"Lost\"  (no longer accepted)"),
+              std::string::npos);
+    EXPECT_NE(Run("props " + demo + " 999").out.find("0 properties, 0 display overrides"),
+              std::string::npos);
+    EXPECT_EQ(Run("props " + demo + " 0").status, 2);
+    EXPECT_EQ(Run("props " + dir.File("missing.zmf") + " 1").status, 2);
 }
 
 TEST_F(CommandTest, PurgeDropsUnusedStringsAndSaysWhich) {

@@ -26,8 +26,9 @@ TEST(Catalogue, NamesNumbersAndKeyKindsAreUnique) {
     EXPECT_EQ(zmf::FindTableByName(nullptr), nullptr);
     EXPECT_EQ(zmf::FindTableByNumber(0), nullptr);
     // Every table a model file holds: name space, identity, meta and property
-    // tables, dictionary, references, code objects, repository, layout and views.
-    EXPECT_EQ(names.size(), 52u);
+    // tables, dictionary, references, code objects, repository, layout, views and
+    // property overrides.
+    EXPECT_EQ(names.size(), 54u);
 }
 
 TEST(Catalogue, TheTwoNumberingsStayApart) {
