@@ -35,6 +35,7 @@ constexpr const char* kRegistrySchema =
     " name text NOT NULL UNIQUE,"
     " schema_name text GENERATED ALWAYS AS ('zmf_model_' || id::text) STORED,"
     " version bigint NOT NULL DEFAULT 1,"
+    " generation bigint NOT NULL DEFAULT 1,"
     " created_at timestamptz NOT NULL DEFAULT now(),"
     " saved_at timestamptz);";
 
@@ -67,9 +68,10 @@ std::string Quoted(const std::string& model) {
 }
 
 // Message parts of the concurrency checks.
-std::string ChangedText(const std::string& model) {
-    return "model " + Quoted(model) +
-           " changed since it was opened (another user saved it); reopen it to see the changes";
+// `saved`: only a save by another user can have caused it.
+std::string ChangedText(const std::string& model, bool saved) {
+    return "model " + Quoted(model) + " changed since it was opened (another user " +
+           (saved ? "saved it" : "saved or changed it") + "); reopen it to see the changes";
 }
 std::string GoneText(const std::string& model) {
     return "model " + Quoted(model) + " no longer exists on the server";
@@ -705,16 +707,16 @@ bool CPgZmfFile::Idle() {
 bool CPgZmfFile::BeginRead(const std::string& what) {
     if (m_txn != ETxn::None) return m_txn == ETxn::Read || !m_changeBroken;
     if (!EnsureConnected(what)) return false;
-    Result result(PQexec(m_conn, ("BEGIN; SELECT version FROM zmf.models WHERE id = " +
+    Result result(PQexec(m_conn, ("BEGIN; SELECT generation FROM zmf.models WHERE id = " +
                                   std::to_string(m_modelId) + " FOR SHARE")
                                      .c_str()));
     const bool read = PQresultStatus(result.get()) == PGRES_TUPLES_OK;
-    if (read && PQntuples(result.get()) == 1 && Int64Value(result.get(), 0, 0) == m_version) {
+    if (read && PQntuples(result.get()) == 1 && Int64Value(result.get(), 0, 0) == m_generation) {
         m_txn = ETxn::Read;
         return true;
     }
     if (read)
-        Fail(what + ": " + (PQntuples(result.get()) ? ChangedText(GetModelName())
+        Fail(what + ": " + (PQntuples(result.get()) ? ChangedText(GetModelName(), true)
                                                     : GoneText(GetModelName())));
     else if (HasState(result.get(), kLockNotAvailable))
         Fail(what + ": " + BusyText(GetModelName(), Cause(result.get())));
@@ -730,24 +732,31 @@ void CPgZmfFile::EndRead() {
     if (PQstatus(m_conn) == CONNECTION_OK) PQclear(PQexec(m_conn, "COMMIT"));
 }
 
-// Opens a change: a transaction that bumps the model's version if it is still the
-// one this file knows. Waits for another user's save to end (at most the lock
-// timeout), and then sees its new version.
-bool CPgZmfFile::BeginChange(const std::string& what) {
+// Opens a change: a transaction that bumps the model's version. A save requires
+// the version this file knows (no change by anyone since) and also bumps the
+// generation; a write-through change requires only the generation (no save by
+// anyone since). Waits for another user's save to end (at most the lock timeout),
+// and then sees its new numbers.
+bool CPgZmfFile::BeginChange(const std::string& what, bool save) {
     if (m_txn == ETxn::Read) {
         if (m_streaming) m_streaming->Detach();
         EndRead();
     }
     m_changeBroken = false;
     if (!EnsureConnected(what)) return false;
-    Result result(PQexec(m_conn, ("BEGIN; UPDATE zmf.models SET version = version + 1,"
-                                  " saved_at = now() WHERE id = " +
-                                  std::to_string(m_modelId) + " AND version = " +
-                                  std::to_string(m_version) + " RETURNING version, txid_current()")
-                                     .c_str()));
+    const std::string sql =
+        "BEGIN; UPDATE zmf.models SET version = version + 1" +
+        std::string(save ? ", generation = generation + 1, saved_at = now()" : "") +
+        " WHERE id = " + std::to_string(m_modelId) +
+        (save ? " AND version = " + std::to_string(m_version)
+              : " AND generation = " + std::to_string(m_generation)) +
+        " RETURNING version, generation, txid_current()";
+    Result result(PQexec(m_conn, sql.c_str()));
     if (PQresultStatus(result.get()) == PGRES_TUPLES_OK && PQntuples(result.get()) == 1) {
         m_newVersion = Int64Value(result.get(), 0, 0);
-        m_txid = Int64Value(result.get(), 0, 1);
+        m_newGeneration = Int64Value(result.get(), 0, 1);
+        m_txid = Int64Value(result.get(), 0, 2);
+        m_changeIsSave = save;
         m_txn = ETxn::Change;
         return true;
     }
@@ -757,7 +766,8 @@ bool CPgZmfFile::BeginChange(const std::string& what) {
                                    std::to_string(m_modelId))
                                       .c_str()));
         const bool exists = PQresultStatus(row.get()) == PGRES_TUPLES_OK && PQntuples(row.get());
-        Fail(what + ": " + (exists ? ChangedText(GetModelName()) : GoneText(GetModelName())));
+        Fail(what + ": " +
+             (exists ? ChangedText(GetModelName(), !save) : GoneText(GetModelName())));
         return false;
     }
     if (HasState(result.get(), kLockNotAvailable))
@@ -823,7 +833,10 @@ bool CPgZmfFile::FinishChange(const std::string& what) {
         }
     }
     m_txn = ETxn::None;
-    m_version = m_newVersion;
+    // A write-through change that followed another user's keeps this file's
+    // version behind: its next save must still be refused.
+    if (m_changeIsSave || m_newVersion == m_version + 1) m_version = m_newVersion;
+    m_generation = m_newGeneration;
     m_createdInTxn.clear();
     ForEachPgTable([](CPgTable& t) {
         t.Committed();
@@ -890,7 +903,7 @@ void CPgZmfFile::AbortChange() {
 }
 
 int CPgZmfFile::WriteThrough(const std::string& what, const std::function<int()>& change) {
-    if (!BeginChange(what)) return -1;
+    if (!BeginChange(what, false)) return -1;
     const int done = change();
     if (done <= 0) {
         AbortChange();
@@ -900,7 +913,7 @@ int CPgZmfFile::WriteThrough(const std::string& what, const std::function<int()>
 }
 
 bool CPgZmfFile::BeginSave() {
-    if (!BeginChange("cannot save")) return false;
+    if (!BeginChange("cannot save", true)) return false;
     return true;
 }
 
@@ -909,7 +922,7 @@ bool CPgZmfFile::CommitSave() {
         // A commit without a save: only bookkeeping (format version, counters) to
         // write, if anything changed.
         if (!BookkeepingDirty()) return true;
-        if (!BeginChange("cannot save")) return false;
+        if (!BeginChange("cannot save", true)) return false;
         return FinishChange("cannot save");
     }
     if (m_txn != ETxn::Change) return false;
@@ -1000,7 +1013,8 @@ bool CPgZmfFile::CreateInServer(DWORD formatVersion) {
     if (!Exec(std::string("BEGIN;") + kRegistryLock + kRegistrySchema, what)) return false;
     const char* values[] = {m_location.model.c_str()};
     Result result(PQexecParams(m_conn,
-                               "INSERT INTO zmf.models (name) VALUES ($1) RETURNING id, version",
+                               "INSERT INTO zmf.models (name) VALUES ($1)"
+                               " RETURNING id, version, generation",
                                1, nullptr, values, nullptr, nullptr, 0));
     if (PQresultStatus(result.get()) != PGRES_TUPLES_OK) {
         if (HasState(result.get(), kUniqueViolation))
@@ -1011,6 +1025,7 @@ bool CPgZmfFile::CreateInServer(DWORD formatVersion) {
     }
     m_modelId = Int64Value(result.get(), 0, 0);
     m_version = Int64Value(result.get(), 0, 1);
+    m_generation = Int64Value(result.get(), 0, 2);
     m_schemaName = "zmf_model_" + std::to_string(m_modelId);
     m_schemaSql = QuoteIdent(m_schemaName);
 
@@ -1039,7 +1054,9 @@ bool CPgZmfFile::LoadFromServer() {
     if (!Exec("BEGIN", what)) return false;
     const char* values[] = {m_location.model.c_str()};
     Result result(PQexecParams(m_conn,
-                               "SELECT id, version FROM zmf.models WHERE name = $1 FOR SHARE", 1,
+                               "SELECT id, version, generation FROM zmf.models"
+                               " WHERE name = $1 FOR SHARE",
+                               1,
                                nullptr, values, nullptr, nullptr, 0));
     if (PQresultStatus(result.get()) != PGRES_TUPLES_OK) {
         if (HasState(result.get(), kUndefinedTable) || HasState(result.get(), kUndefinedSchema))
@@ -1055,6 +1072,7 @@ bool CPgZmfFile::LoadFromServer() {
     }
     m_modelId = Int64Value(result.get(), 0, 0);
     m_version = Int64Value(result.get(), 0, 1);
+    m_generation = Int64Value(result.get(), 0, 2);
     m_schemaName = "zmf_model_" + std::to_string(m_modelId);
     m_schemaSql = QuoteIdent(m_schemaName);
     m_txn = ETxn::Read;

@@ -29,10 +29,13 @@ using Result = std::unique_ptr<PGresult, SResultDeleter>;
 // whose tables are those of a .zmf file; docs/file-format.md describes the layout.
 //
 // Concurrency is optimistic: every model has a version, bumped by each save and
-// each write-through change. A save or change checks that the model still has the
-// version this file opened (or last saved), and fails, naming the model, when
-// another user changed it since. Reads take a shared lock on the model's registry
-// row so that a table is never read half-way through another user's save.
+// each write-through change, and a generation, bumped by each save. A save checks
+// that the model still has the version this file knows (nobody saved or changed it
+// since this file opened or last saved it) and fails, naming the model, when it
+// has not. Reads and write-through changes, which are row by row and shared at
+// once, check the generation: the stored model must be the one this file loaded.
+// Reads take a shared lock on the model's registry row so that a table is never
+// read half-way through another user's save.
 //
 // A save is one transaction: tables are emptied with TRUNCATE and refilled with
 // binary COPY; Commit commits. Inserts, updates and deletes outside a save are
@@ -121,7 +124,7 @@ class CPgZmfFile final : public CZmfFile {
     bool CheckTables(const std::string& what);
     bool LoadBookkeeping();
 
-    bool BeginChange(const std::string& what);
+    bool BeginChange(const std::string& what, bool save);
     bool FinishChange(const std::string& what);
     void AbortChange();
     bool ResolveLostCommit(const std::string& what);
@@ -135,8 +138,11 @@ class CPgZmfFile final : public CZmfFile {
     PGconn* m_conn = nullptr;  // owned
     int m_backendPid = 0;
     std::int64_t m_modelId = 0;
-    std::int64_t m_version = 0;     // the model's version as this file last saw it
-    std::int64_t m_newVersion = 0;  // the version the open change will commit
+    std::int64_t m_version = 0;        // the model's version as this file knows it
+    std::int64_t m_generation = 0;     // ... and its generation (number of saves)
+    std::int64_t m_newVersion = 0;     // what the open change will commit
+    std::int64_t m_newGeneration = 0;
+    bool m_changeIsSave = false;
     std::int64_t m_txid = 0;        // the open change's transaction id
     std::string m_schemaSql;        // the model's schema, quoted
     std::string m_schemaName;
