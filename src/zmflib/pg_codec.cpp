@@ -24,7 +24,7 @@ void AppendBig(std::string& out, std::uint64_t value, int bytes) {
 
 }  // namespace
 
-const char kCopyHeader[kCopyHeaderSize] = {'P', 'G', 'C', 'O', 'P', 'Y', '\n', '\xFF', '\r', '\n',
+const char kCopyHeader[kCopyHeaderSize] = {'P',  'G', 'C', 'O', 'P', 'Y', '\n', '\xFF', '\r', '\n',
                                            '\0', 0,   0,   0,   0,   0,   0,    0,      0};
 const char kCopyTrailer[2] = {'\xFF', '\xFF'};
 
@@ -147,7 +147,8 @@ LONG CTupleFields::Int(int index) {
 
 void CTupleFields::String(int index, CZmfString& out) {
     const SField& f = m_fields[static_cast<std::size_t>(index)];
-    out = std::string_view(f.length > 0 ? f.data : "", static_cast<std::size_t>(std::max(f.length, 0)));
+    out = std::string_view(f.length > 0 ? f.data : "",
+                           static_cast<std::size_t>(std::max(f.length, 0)));
 }
 
 COleDateTime CTupleFields::Date(int index) {

@@ -99,7 +99,9 @@ class CPgCursor final : public CZmfCursor {
   public:
     // `sql` empty: a table absent from the server, which yields nothing.
     CPgCursor(CPgZmfFile* file, const SZmfTableDesc& desc, std::string sql)
-        : m_file(file), m_desc(desc), m_sql(std::move(sql)),
+        : m_file(file),
+          m_desc(desc),
+          m_sql(std::move(sql)),
           m_fieldCount(static_cast<int>(desc.columns.size()) + 1) {
         m_file->AddCursor(this);
     }
@@ -395,10 +397,10 @@ class CPgTable final : public CTableBase {
         if (!Settle() || !m_file.TableExists(GetName())) return 0;
         if (!m_file.BeginRead(ReadWhat())) return 0;
         CRowParams params(GetDesc(), *row, 0);
-        Result result = m_file.ExecParams(
-            "SELECT " + m_columns + " FROM " + m_table + " WHERE " + m_key + "=$1 ORDER BY " +
-                kOrdinalColumn + " LIMIT 1",
-            1, params.Values(), params.Lengths(), params.Formats(), 1, ReadWhat());
+        Result result = m_file.ExecParams("SELECT " + m_columns + " FROM " + m_table + " WHERE " +
+                                              m_key + "=$1 ORDER BY " + kOrdinalColumn + " LIMIT 1",
+                                          1, params.Values(), params.Lengths(), params.Formats(), 1,
+                                          ReadWhat());
         m_file.EndRead();
         if (!result || PQntuples(result.get()) == 0) return 0;
         CTupleFields fields;
@@ -421,8 +423,8 @@ class CPgTable final : public CTableBase {
         const auto ordinal = static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(pos));
         if (!m_posCursor || m_posOrdinal != ordinal) {
             ResetPositional();
-            m_posCursor = NewCursor(std::string(" WHERE ") + kOrdinalColumn +
-                                    ">=" + std::to_string(ordinal));
+            m_posCursor =
+                NewCursor(std::string(" WHERE ") + kOrdinalColumn + ">=" + std::to_string(ordinal));
             if (!ReadAhead()) {
                 pos = nullptr;
                 return;
@@ -457,8 +459,7 @@ class CPgTable final : public CTableBase {
     // Makes the stored rows current (this table's buffered rows sent, the
     // connection free) before a statement reads or changes them.
     bool Settle() {
-        if (m_file.InChange() && (!m_buffer.empty() || m_file.CopyingInto(this)) &&
-            !SendRows(true))
+        if (m_file.InChange() && (!m_buffer.empty() || m_file.CopyingInto(this)) && !SendRows(true))
             return false;
         return m_file.Idle();
     }
@@ -474,17 +475,16 @@ class CPgTable final : public CTableBase {
             if (m_file.ChangeBroken()) return 0;
             return run() > 0 ? 1 : 0;
         }
-        return m_file.WriteThrough(std::string(what) + " table \"" + GetName() + "\"", run) > 0
-                   ? 1
-                   : 0;
+        return m_file.WriteThrough(std::string(what) + " table \"" + GetName() + "\"", run) > 0 ? 1
+                                                                                                : 0;
     }
 
     // Runs an UPDATE or DELETE: 1 when a row changed, 0 when none matched, -1 on
     // failure.
     int RunChange(const std::string& sql, int count, const CRowParams& params, const char* what) {
-        Result result = m_file.ExecParams(sql, count, params.Values(), params.Lengths(),
-                                          params.Formats(), 0,
-                                          std::string(what) + " table \"" + GetName() + "\"");
+        Result result =
+            m_file.ExecParams(sql, count, params.Values(), params.Lengths(), params.Formats(), 0,
+                              std::string(what) + " table \"" + GetName() + "\"");
         if (!result) return -1;
         return std::atoi(PQcmdTuples(result.get())) > 0 ? 1 : 0;
     }
@@ -497,10 +497,10 @@ class CPgTable final : public CTableBase {
         std::string values;
         for (int i = 1; i <= params.Count(); ++i)
             values += (i > 1 ? ",$" : "$") + std::to_string(i);
-        Result result = m_file.ExecParams(
-            "INSERT INTO " + m_table + " (" + m_columns + "," + kOrdinalColumn + ") VALUES (" +
-                values + ")",
-            params.Count(), params.Values(), params.Lengths(), params.Formats(), 0, WriteWhat());
+        Result result = m_file.ExecParams("INSERT INTO " + m_table + " (" + m_columns + "," +
+                                              kOrdinalColumn + ") VALUES (" + values + ")",
+                                          params.Count(), params.Values(), params.Lengths(),
+                                          params.Formats(), 0, WriteWhat());
         if (!result) return -1;
         ++m_nextOrdinal;
         // A row inserted into a table that has seen deletes may fill a gap.
@@ -510,9 +510,9 @@ class CPgTable final : public CTableBase {
 
     bool LoadNextOrdinal() {
         if (!m_file.Idle()) return false;
-        Result result = m_file.Exec("SELECT coalesce(max(" + std::string(kOrdinalColumn) +
-                                        "),0)+1 FROM " + m_table,
-                                    WriteWhat());
+        Result result = m_file.Exec(
+            "SELECT coalesce(max(" + std::string(kOrdinalColumn) + "),0)+1 FROM " + m_table,
+            WriteWhat());
         if (!result) return false;
         m_nextOrdinal = Int64Value(result.get(), 0, 0);
         return true;
@@ -549,16 +549,16 @@ class CPgTable final : public CTableBase {
         m_posOrdinal = 0;
     }
 
-    CPgZmfFile& m_file;  // not owned: the file owns this table
+    CPgZmfFile& m_file;           // not owned: the file owns this table
     const std::string m_table;    // schema-qualified, quoted
     const std::string m_columns;  // catalogue columns, quoted
     const std::string m_key;
-    std::string m_buffer;           // rows of the save not yet sent, as binary tuples
-    bool m_fresh = false;           // emptied or created by the open save
+    std::string m_buffer;            // rows of the save not yet sent, as binary tuples
+    bool m_fresh = false;            // emptied or created by the open save
     std::int64_t m_nextOrdinal = 0;  // 0: not known yet
     bool m_inOrder = true;
     bool m_inOrderStored = true;
-    std::unique_ptr<CPgCursor> m_posCursor;  // the positional walk
+    std::unique_ptr<CPgCursor> m_posCursor;   // the positional walk
     std::unique_ptr<CDbObjectBase> m_posRow;  // the row at the walk's position
     std::int64_t m_posOrdinal = 0;
 };
@@ -644,12 +644,11 @@ zmf::pg::Result CPgZmfFile::Exec(const std::string& sql, const std::string& what
     return nullptr;
 }
 
-zmf::pg::Result CPgZmfFile::ExecParams(const std::string& sql, int count,
-                                       const char* const* values, const int* lengths,
-                                       const int* formats, int resultFormat,
+zmf::pg::Result CPgZmfFile::ExecParams(const std::string& sql, int count, const char* const* values,
+                                       const int* lengths, const int* formats, int resultFormat,
                                        const std::string& what) {
-    Result result(PQexecParams(m_conn, sql.c_str(), count, nullptr, values, lengths, formats,
-                               resultFormat));
+    Result result(
+        PQexecParams(m_conn, sql.c_str(), count, nullptr, values, lengths, formats, resultFormat));
     const ExecStatusType status = PQresultStatus(result.get());
     if (status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK) return result;
     RecordFailure(what, result.get());
@@ -675,7 +674,8 @@ bool CPgZmfFile::Connect(std::string* error) {
 // joins another one half-way, no parallel workers), notices stay quiet, and a
 // save waits a bounded time for another user's.
 bool CPgZmfFile::Configure() {
-    PQsetNoticeProcessor(m_conn, [](void*, const char*) {}, nullptr);
+    PQsetNoticeProcessor(
+        m_conn, [](void*, const char*) {}, nullptr);
     m_backendPid = PQbackendPID(m_conn);
     return static_cast<bool>(
         Exec(std::string("SET synchronize_seqscans = off; SET max_parallel_workers_per_gather = 0;"
@@ -716,8 +716,9 @@ bool CPgZmfFile::BeginRead(const std::string& what) {
         return true;
     }
     if (read)
-        Fail(what + ": " + (PQntuples(result.get()) ? ChangedText(GetModelName(), true)
-                                                    : GoneText(GetModelName())));
+        Fail(what + ": " +
+             (PQntuples(result.get()) ? ChangedText(GetModelName(), true)
+                                      : GoneText(GetModelName())));
     else if (HasState(result.get(), kLockNotAvailable))
         Fail(what + ": " + BusyText(GetModelName(), Cause(result.get())));
     else
@@ -762,9 +763,8 @@ bool CPgZmfFile::BeginChange(const std::string& what, bool save) {
     }
     if (PQresultStatus(result.get()) == PGRES_TUPLES_OK) {
         PQclear(PQexec(m_conn, "ROLLBACK"));
-        Result row(PQexec(m_conn, ("SELECT 1 FROM zmf.models WHERE id = " +
-                                   std::to_string(m_modelId))
-                                      .c_str()));
+        Result row(PQexec(
+            m_conn, ("SELECT 1 FROM zmf.models WHERE id = " + std::to_string(m_modelId)).c_str()));
         const bool exists = PQresultStatus(row.get()) == PGRES_TUPLES_OK && PQntuples(row.get());
         Fail(what + ": " +
              (exists ? ChangedText(GetModelName(), !save) : GoneText(GetModelName())));
@@ -853,8 +853,8 @@ bool CPgZmfFile::ResolveLostCommit(const std::string& what) {
     const std::string cause = Cause(nullptr);
     const int oldPid = m_backendPid;
     OnConnectionLost();
-    const std::string lost = what + ": the connection to the server was lost while committing (" +
-                             cause + "); ";
+    const std::string lost =
+        what + ": the connection to the server was lost while committing (" + cause + "); ";
     PQreset(m_conn);
     if (PQstatus(m_conn) != CONNECTION_OK || !Configure()) {
         Fail(lost +
@@ -865,10 +865,10 @@ bool CPgZmfFile::ResolveLostCommit(const std::string& what) {
     const std::string query = "SELECT txid_status(" + std::to_string(m_txid) + ")";
     for (int attempt = 0; attempt < 50; ++attempt) {
         Result result(PQexec(m_conn, query.c_str()));
-        const char* status = PQresultStatus(result.get()) == PGRES_TUPLES_OK &&
-                                     !PQgetisnull(result.get(), 0, 0)
-                                 ? PQgetvalue(result.get(), 0, 0)
-                                 : "";
+        const char* status =
+            PQresultStatus(result.get()) == PGRES_TUPLES_OK && !PQgetisnull(result.get(), 0, 0)
+                ? PQgetvalue(result.get(), 0, 0)
+                : "";
         if (std::strcmp(status, "committed") == 0) return true;
         if (std::strcmp(status, "aborted") == 0) {
             Fail(lost + "the server rolled the save back: the previous model is intact");
@@ -877,8 +877,8 @@ bool CPgZmfFile::ResolveLostCommit(const std::string& what) {
         if (std::strcmp(status, "in progress") != 0) break;
         // The old session still runs on the server: end it, which rolls it back.
         if (attempt == 0)
-            PQclear(PQexec(m_conn,
-                           ("SELECT pg_terminate_backend(" + std::to_string(oldPid) + ")").c_str()));
+            PQclear(PQexec(
+                m_conn, ("SELECT pg_terminate_backend(" + std::to_string(oldPid) + ")").c_str()));
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
     Fail(lost + "the server cannot tell whether the save was kept: reopen the model to see");
@@ -1030,7 +1030,8 @@ bool CPgZmfFile::CreateInServer(DWORD formatVersion) {
     m_schemaSql = QuoteIdent(m_schemaName);
 
     std::string sql = "CREATE SCHEMA " + m_schemaSql + ";";
-    sql += "CREATE TABLE " + m_schemaSql + ".zmf_meta (key text PRIMARY KEY, value bigint NOT NULL);";
+    sql +=
+        "CREATE TABLE " + m_schemaSql + ".zmf_meta (key text PRIMARY KEY, value bigint NOT NULL);";
     sql += "CREATE TABLE " + m_schemaSql +
            ".zmf_table_info (name text PRIMARY KEY, size_estimate bigint,"
            " in_order boolean NOT NULL DEFAULT true);";
@@ -1056,8 +1057,7 @@ bool CPgZmfFile::LoadFromServer() {
     Result result(PQexecParams(m_conn,
                                "SELECT id, version, generation FROM zmf.models"
                                " WHERE name = $1 FOR SHARE",
-                               1,
-                               nullptr, values, nullptr, nullptr, 0));
+                               1, nullptr, values, nullptr, nullptr, 0));
     if (PQresultStatus(result.get()) != PGRES_TUPLES_OK) {
         if (HasState(result.get(), kUndefinedTable) || HasState(result.get(), kUndefinedSchema))
             Fail(what + ": no model named " + Quoted(GetModelName()) +
@@ -1123,9 +1123,8 @@ bool CPgZmfFile::CheckTables(const std::string& what) {
 
 bool CPgZmfFile::LoadBookkeeping() {
     const std::string what = "cannot open";
-    Result meta = Exec("SELECT value FROM " + m_schemaSql +
-                           ".zmf_meta WHERE key = 'format_version'",
-                       what);
+    Result meta =
+        Exec("SELECT value FROM " + m_schemaSql + ".zmf_meta WHERE key = 'format_version'", what);
     if (!meta) return false;
     if (PQntuples(meta.get()) != 1) {
         Fail(what + ": damaged: model " + Quoted(GetModelName()) + " has no format version");
@@ -1134,9 +1133,8 @@ bool CPgZmfFile::LoadBookkeeping() {
     SetFormatVersion(static_cast<DWORD>(Int64Value(meta.get(), 0, 0)));
     ClearVersionDirty();
 
-    Result info = Exec("SELECT name, size_estimate, in_order FROM " + m_schemaSql +
-                           ".zmf_table_info",
-                       what);
+    Result info =
+        Exec("SELECT name, size_estimate, in_order FROM " + m_schemaSql + ".zmf_table_info", what);
     if (!info) return false;
     for (int row = 0; row < PQntuples(info.get()); ++row) {
         const char* name = PQgetvalue(info.get(), row, 0);
@@ -1178,7 +1176,8 @@ std::unique_ptr<CZmfFile> CPgZmfFile::CreateModel(const std::string& uri, DWORD 
                                                   std::string* error) {
     zmf::SPgLocation location;
     std::string cause;
-    if (!zmf::ParsePgLocation(uri, location, cause)) return Refuse(error, uri, "cannot create: " + cause);
+    if (!zmf::ParsePgLocation(uri, location, cause))
+        return Refuse(error, uri, "cannot create: " + cause);
     std::unique_ptr<CPgZmfFile> file(new CPgZmfFile(std::move(location)));
     if (!file->Connect(error)) return nullptr;
     if (!file->CreateInServer(formatVersion)) {
@@ -1191,7 +1190,8 @@ std::unique_ptr<CZmfFile> CPgZmfFile::CreateModel(const std::string& uri, DWORD 
 std::unique_ptr<CZmfFile> CPgZmfFile::OpenModel(const std::string& uri, std::string* error) {
     zmf::SPgLocation location;
     std::string cause;
-    if (!zmf::ParsePgLocation(uri, location, cause)) return Refuse(error, uri, "cannot open: " + cause);
+    if (!zmf::ParsePgLocation(uri, location, cause))
+        return Refuse(error, uri, "cannot open: " + cause);
     std::unique_ptr<CPgZmfFile> file(new CPgZmfFile(std::move(location)));
     if (!file->Connect(error)) return nullptr;
     if (!file->LoadFromServer()) {

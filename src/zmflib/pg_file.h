@@ -138,20 +138,20 @@ class CPgZmfFile final : public CZmfFile {
     PGconn* m_conn = nullptr;  // owned
     int m_backendPid = 0;
     std::int64_t m_modelId = 0;
-    std::int64_t m_version = 0;        // the model's version as this file knows it
-    std::int64_t m_generation = 0;     // ... and its generation (number of saves)
-    std::int64_t m_newVersion = 0;     // what the open change will commit
+    std::int64_t m_version = 0;     // the model's version as this file knows it
+    std::int64_t m_generation = 0;  // ... and its generation (number of saves)
+    std::int64_t m_newVersion = 0;  // what the open change will commit
     std::int64_t m_newGeneration = 0;
     bool m_changeIsSave = false;
-    std::int64_t m_txid = 0;        // the open change's transaction id
-    std::string m_schemaSql;        // the model's schema, quoted
+    std::int64_t m_txid = 0;  // the open change's transaction id
+    std::string m_schemaSql;  // the model's schema, quoted
     std::string m_schemaName;
     ETxn m_txn = ETxn::None;
     bool m_changeBroken = false;
     std::unordered_set<std::string> m_existing;  // catalogue tables present on the server
     std::vector<std::string> m_createdInTxn;     // ... created by the open change
     std::vector<zmf::pg::CPgTable*> m_truncates;
-    zmf::pg::CPgTable* m_copyIn = nullptr;       // the table whose COPY FROM is open
-    zmf::pg::CPgCursor* m_streaming = nullptr;   // the cursor whose COPY TO is open
+    zmf::pg::CPgTable* m_copyIn = nullptr;              // the table whose COPY FROM is open
+    zmf::pg::CPgCursor* m_streaming = nullptr;          // the cursor whose COPY TO is open
     std::unordered_set<zmf::pg::CPgCursor*> m_cursors;  // not owned: live cursors
 };

@@ -21,9 +21,9 @@ bool IsServerUri(std::string_view text);
 // included (host=/path/to/socket/dir, sslmode=..., options=..., ...). The database
 // segment may be empty (libpq's default database).
 struct SPgLocation {
-    std::string conninfo;  // the URI without the model segment, for libpq
-    std::string model;     // the model's name
-    std::string shown;     // the URI as messages show it: any password replaced by ***
+    std::string conninfo;              // the URI without the model segment, for libpq
+    std::string model;                 // the model's name
+    std::string shown;                 // the URI as messages show it: any password replaced by ***
     std::vector<std::string> secrets;  // the password as written and decoded, to scrub
 };
 

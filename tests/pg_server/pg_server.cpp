@@ -1,8 +1,8 @@
 #include "pg_server/pg_server.h"
 
 #include <fcntl.h>
-#include <libpq-fe.h>
 #include <grp.h>
+#include <libpq-fe.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -160,7 +160,8 @@ std::unique_ptr<CPgServer> CPgServer::StartTemporary(bool durable, std::string& 
 std::unique_ptr<CPgServer> CPgServer::Attach(const std::string& dir, std::string& error) {
     std::unique_ptr<CPgServer> server(new CPgServer(dir, false));
     std::error_code ec;
-    if (!fs::exists(dir + "/" + kSocketFile, ec) || PQping(server->ConnInfo().c_str()) != PQPING_OK) {
+    if (!fs::exists(dir + "/" + kSocketFile, ec) ||
+        PQping(server->ConnInfo().c_str()) != PQPING_OK) {
         error = dir + ": no PostgreSQL server listens here";
         return nullptr;
     }

@@ -37,6 +37,8 @@ std::string ServerSql(const std::string& sql) {
     std::unique_ptr<PGconn, decltype(&PQfinish)> guard(conn, &PQfinish);
     if (PQstatus(conn) != CONNECTION_OK)
         throw std::runtime_error(std::string("cannot connect: ") + PQerrorMessage(conn));
+    PQsetNoticeProcessor(
+        conn, [](void*, const char*) {}, nullptr);
     std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(conn, sql.c_str()), &PQclear);
     const ExecStatusType status = PQresultStatus(result.get());
     if (status != PGRES_TUPLES_OK && status != PGRES_COMMAND_OK)

@@ -21,8 +21,8 @@ using tessmeta::test::ExpectObjects;
 using tessmeta::test::MakeRow;
 using tessmeta::test::OpenError;
 using tessmeta::test::OpenOk;
-using tessmeta::test::SaveObjects;
 using tessmeta::test::RowText;
+using tessmeta::test::SaveObjects;
 using tessmeta::test::TempDir;
 
 namespace {
