@@ -67,7 +67,8 @@ int main(int argc, char** argv) {
         ->required();
     cmdPush->add_flag("--replace", replace, "overwrite the model if it exists on the server");
 
-    auto* cmdPull = app.add_subcommand("pull", "Copy a model from a PostgreSQL server to a new file");
+    auto* cmdPull =
+        app.add_subcommand("pull", "Copy a model from a PostgreSQL server to a new file");
     cmdPull->add_option("URI", uri, "postgresql://[user[:password]@]host[:port]/database/model")
         ->required();
     addFile(cmdPull, "the .zmf file to create (must not exist)");

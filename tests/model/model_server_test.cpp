@@ -74,8 +74,7 @@ TEST(ModelOnServer, AStaleModelIsNotSavedAndCanBeReopened) {
 
     auto reopened = OpenModel(uri);
     ASSERT_TRUE(reopened);
-    EXPECT_EQ(reopened->GetGuidMgr().GetUniqueObjCount(),
-              first->GetGuidMgr().GetUniqueObjCount());
+    EXPECT_EQ(reopened->GetGuidMgr().GetUniqueObjCount(), first->GetGuidMgr().GetUniqueObjCount());
     ASSERT_TRUE(reopened->Save()) << reopened->GetLastError();
 }
 
