@@ -43,6 +43,15 @@ constexpr const char* kRegistrySchema =
 // against a concurrent creation): an advisory lock of ours, held to the commit.
 constexpr const char* kRegistryLock = "SELECT pg_advisory_xact_lock(7368038, 1);";
 
+// A model's own advisory lock, held to the end of a transaction: shared by reads,
+// exclusive for saves and write-through changes, so that no table is read
+// half-way through a save. (Advisory locks write nothing: a read stays a
+// transaction without writes, which commits without waiting for the disk.)
+std::string ModelLock(std::int64_t modelId, bool shared) {
+    return std::string("SELECT pg_advisory_xact_lock") + (shared ? "_shared" : "") + "(7368039, " +
+           std::to_string(modelId) + ");";
+}
+
 // A model is kept waiting at most this long for another user's save (unless the
 // URI sets lock_timeout itself, e.g. options=-c%20lock_timeout%3D5s).
 constexpr const char* kLockWait = "30s";
@@ -461,7 +470,7 @@ class CPgTable final : public CTableBase {
     bool Settle() {
         if (m_file.InChange() && (!m_buffer.empty() || m_file.CopyingInto(this)) && !SendRows(true))
             return false;
-        return m_file.Idle();
+        return m_file.Idle() && m_file.FlushTruncate(*this);
     }
 
     // An update or delete: inside the open save, or written through at once.
@@ -700,16 +709,16 @@ bool CPgZmfFile::EnsureConnected(const std::string& what) {
 
 bool CPgZmfFile::Idle() {
     if (m_streaming) m_streaming->Detach();
-    if (m_copyIn && !EndCopyIn()) return false;
-    return FlushTruncates();
+    return !m_copyIn || EndCopyIn();
 }
 
 bool CPgZmfFile::BeginRead(const std::string& what) {
     if (m_txn != ETxn::None) return m_txn == ETxn::Read || !m_changeBroken;
     if (!EnsureConnected(what)) return false;
-    Result result(PQexec(m_conn, ("BEGIN; SELECT generation FROM zmf.models WHERE id = " +
-                                  std::to_string(m_modelId) + " FOR SHARE")
-                                     .c_str()));
+    Result result(
+        PQexec(m_conn, ("BEGIN;" + ModelLock(m_modelId, true) +
+                        "SELECT generation FROM zmf.models WHERE id = " + std::to_string(m_modelId))
+                           .c_str()));
     const bool read = PQresultStatus(result.get()) == PGRES_TUPLES_OK;
     if (read && PQntuples(result.get()) == 1 && Int64Value(result.get(), 0, 0) == m_generation) {
         m_txn = ETxn::Read;
@@ -746,7 +755,7 @@ bool CPgZmfFile::BeginChange(const std::string& what, bool save) {
     m_changeBroken = false;
     if (!EnsureConnected(what)) return false;
     const std::string sql =
-        "BEGIN; UPDATE zmf.models SET version = version + 1" +
+        "BEGIN;" + ModelLock(m_modelId, false) + "UPDATE zmf.models SET version = version + 1" +
         std::string(save ? ", generation = generation + 1, saved_at = now()" : "") +
         " WHERE id = " + std::to_string(m_modelId) +
         (save ? " AND version = " + std::to_string(m_version)
@@ -817,7 +826,7 @@ bool CPgZmfFile::PersistBookkeeping(const std::string& what) {
 }
 
 bool CPgZmfFile::FinishChange(const std::string& what) {
-    if (m_changeBroken || !Idle() || !PersistBookkeeping(what)) {
+    if (m_changeBroken || !Idle() || !EmptyRemainingTables() || !PersistBookkeeping(what)) {
         AbortChange();
         return false;
     }
@@ -938,7 +947,7 @@ void CPgZmfFile::AbandonSave() {
 // ---- file: COPY into tables ---------------------------------------------------------
 
 bool CPgZmfFile::StartCopyIn(CPgTable& table, bool freeze) {
-    if (!Idle()) return false;
+    if (!Idle() || !FlushTruncate(table)) return false;
     // FREEZE writes the rows as already visible to everyone, which spares every
     // later reader the work of checking them; the server allows it only for a
     // table emptied or created in this transaction.
@@ -984,13 +993,23 @@ void CPgZmfFile::QueueTruncate(CPgTable& table) {
     m_truncates.push_back(&table);
 }
 
-bool CPgZmfFile::FlushTruncates() {
-    if (m_truncates.empty()) return true;
-    std::string sql = "TRUNCATE ";
-    for (std::size_t i = 0; i < m_truncates.size(); ++i)
-        sql += (i ? "," : "") + m_truncates[i]->QualifiedName();
+bool CPgZmfFile::FlushTruncate(CPgTable& table) {
+    for (auto it = m_truncates.begin(); it != m_truncates.end(); ++it) {
+        if (*it != &table) continue;
+        m_truncates.erase(it);
+        return static_cast<bool>(Exec("TRUNCATE " + table.QualifiedName(), "cannot save"));
+    }
+    return true;
+}
+
+// Tables the save emptied and left empty: a DELETE of their (usually no) rows is
+// far cheaper than a TRUNCATE, which gives every table new files.
+bool CPgZmfFile::EmptyRemainingTables() {
+    std::string sql;
+    for (CPgTable* table : m_truncates)
+        sql += "DELETE FROM " + table->QualifiedName() + ";";
     m_truncates.clear();
-    return static_cast<bool>(Exec(sql, "cannot save"));
+    return sql.empty() || Exec(sql, "cannot save");
 }
 
 bool CPgZmfFile::EnsureTableExists(const SZmfTableDesc& desc) {
@@ -1052,12 +1071,9 @@ bool CPgZmfFile::CreateInServer(DWORD formatVersion) {
 
 bool CPgZmfFile::LoadFromServer() {
     const std::string what = "cannot open";
-    if (!Exec("BEGIN", what)) return false;
     const char* values[] = {m_location.model.c_str()};
-    Result result(PQexecParams(m_conn,
-                               "SELECT id, version, generation FROM zmf.models"
-                               " WHERE name = $1 FOR SHARE",
-                               1, nullptr, values, nullptr, nullptr, 0));
+    Result result(PQexecParams(m_conn, "SELECT id FROM zmf.models WHERE name = $1", 1, nullptr,
+                               values, nullptr, nullptr, 0));
     if (PQresultStatus(result.get()) != PGRES_TUPLES_OK) {
         if (HasState(result.get(), kUndefinedTable) || HasState(result.get(), kUndefinedSchema))
             Fail(what + ": no model named " + Quoted(GetModelName()) +
@@ -1071,10 +1087,21 @@ bool CPgZmfFile::LoadFromServer() {
         return false;
     }
     m_modelId = Int64Value(result.get(), 0, 0);
-    m_version = Int64Value(result.get(), 0, 1);
-    m_generation = Int64Value(result.get(), 0, 2);
     m_schemaName = "zmf_model_" + std::to_string(m_modelId);
     m_schemaSql = QuoteIdent(m_schemaName);
+    // The model as it stands between saves: its numbers and bookkeeping under the
+    // shared lock.
+    Result numbers = Exec(
+        "BEGIN;" + ModelLock(m_modelId, true) +
+            "SELECT version, generation FROM zmf.models WHERE id = " + std::to_string(m_modelId),
+        what);
+    if (!numbers) return false;
+    if (PQntuples(numbers.get()) != 1) {
+        Fail(what + ": no model named " + Quoted(GetModelName()));
+        return false;
+    }
+    m_version = Int64Value(numbers.get(), 0, 0);
+    m_generation = Int64Value(numbers.get(), 0, 1);
     m_txn = ETxn::Read;
     const bool ok = CheckTables(what) && LoadBookkeeping();
     m_txn = ETxn::None;

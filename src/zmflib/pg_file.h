@@ -34,14 +34,15 @@ using Result = std::unique_ptr<PGresult, SResultDeleter>;
 // since this file opened or last saved it) and fails, naming the model, when it
 // has not. Reads and write-through changes, which are row by row and shared at
 // once, check the generation: the stored model must be the one this file loaded.
-// Reads take a shared lock on the model's registry row so that a table is never
-// read half-way through another user's save.
+// Reads take a shared lock on the model (an advisory lock), saves and changes an
+// exclusive one, so that a table is never read half-way through another user's
+// save.
 //
 // A save is one transaction: tables are emptied with TRUNCATE and refilled with
-// binary COPY; Commit commits. Inserts, updates and deletes outside a save are
-// written at once, each in a transaction of its own. Reads stream rows with COPY.
-// A lost connection ends the current save or change with an error that says
-// whether the previous model is intact; the next operation reconnects.
+// binary COPY (tables left empty are emptied with DELETE); Commit commits. Inserts, updates and
+// deletes outside a save are written at once, each in a transaction of its own. Reads stream rows
+// with COPY. A lost connection ends the current save or change with an error that says whether the
+// previous model is intact; the next operation reconnects.
 class CPgZmfFile final : public CZmfFile {
   public:
     // Creates the model (and the registry, in a database that has none yet); fails
@@ -76,8 +77,7 @@ class CPgZmfFile final : public CZmfFile {
     void RecordFailure(const std::string& what, const PGresult* result);
 
     // Frees the connection for a new statement: a streaming cursor reads the rest
-    // of its rows into memory, an open COPY into a table ends, emptied tables are
-    // truncated.
+    // of its rows into memory, an open COPY into a table ends.
     bool Idle();
     // Starts reading: outside a save or change, a transaction with the model's
     // registry row share-locked and its version checked. EndRead ends it once no
@@ -93,8 +93,10 @@ class CPgZmfFile final : public CZmfFile {
     bool CopyingInto(const zmf::pg::CPgTable* table) const { return m_copyIn == table; }
     bool StartCopyIn(zmf::pg::CPgTable& table, bool freeze);
     bool EndCopyIn();
-    // Empties the table at the next statement (several tables in one TRUNCATE).
+    // Empties the table before the next statement on it (TRUNCATE), or at the
+    // commit when it got no rows (DELETE).
     void QueueTruncate(zmf::pg::CPgTable& table);
+    bool FlushTruncate(zmf::pg::CPgTable& table);
 
     // Cursor bookkeeping: the cursor whose COPY occupies the connection.
     void SetStreaming(zmf::pg::CPgCursor* cursor) { m_streaming = cursor; }
@@ -128,7 +130,7 @@ class CPgZmfFile final : public CZmfFile {
     bool FinishChange(const std::string& what);
     void AbortChange();
     bool ResolveLostCommit(const std::string& what);
-    bool FlushTruncates();
+    bool EmptyRemainingTables();
     bool PersistBookkeeping(const std::string& what);
     bool BookkeepingDirty();
     template <class F>
