@@ -712,6 +712,15 @@ bool CPgZmfFile::Idle() {
     return !m_copyIn || EndCopyIn();
 }
 
+// A read or change that could not take the model's lock or read its numbers: a
+// lock wait that timed out says that another user holds the model.
+void CPgZmfFile::FailToStart(const std::string& what, const PGresult* result) {
+    if (HasState(result, kLockNotAvailable))
+        Fail(what + ": " + BusyText(GetModelName(), Cause(result)));
+    else
+        RecordFailure(what, result);
+}
+
 bool CPgZmfFile::BeginRead(const std::string& what) {
     if (m_txn != ETxn::None) return m_txn == ETxn::Read || !m_changeBroken;
     if (!EnsureConnected(what)) return false;
@@ -728,10 +737,8 @@ bool CPgZmfFile::BeginRead(const std::string& what) {
         Fail(what + ": " +
              (PQntuples(result.get()) ? ChangedText(GetModelName(), true)
                                       : GoneText(GetModelName())));
-    else if (HasState(result.get(), kLockNotAvailable))
-        Fail(what + ": " + BusyText(GetModelName(), Cause(result.get())));
     else
-        RecordFailure(what, result.get());
+        FailToStart(what, result.get());
     if (PQstatus(m_conn) == CONNECTION_OK) PQclear(PQexec(m_conn, "ROLLBACK"));
     return false;
 }
@@ -779,10 +786,7 @@ bool CPgZmfFile::BeginChange(const std::string& what, bool save) {
              (exists ? ChangedText(GetModelName(), !save) : GoneText(GetModelName())));
         return false;
     }
-    if (HasState(result.get(), kLockNotAvailable))
-        Fail(what + ": " + BusyText(GetModelName(), Cause(result.get())));
-    else
-        RecordFailure(what, result.get());
+    FailToStart(what, result.get());
     if (PQstatus(m_conn) == CONNECTION_OK) PQclear(PQexec(m_conn, "ROLLBACK"));
     return false;
 }

@@ -120,6 +120,7 @@ class CPgZmfFile final : public CZmfFile {
     void OnConnectionLost();
     std::string Cause(const PGresult* result) const;
     void Fail(const std::string& message);
+    void FailToStart(const std::string& what, const PGresult* result);
 
     bool CreateInServer(DWORD formatVersion);
     bool LoadFromServer();
