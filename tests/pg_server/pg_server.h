@@ -32,6 +32,9 @@ class CPgServer {
     CPgServer(const CPgServer&) = delete;
     CPgServer& operator=(const CPgServer&) = delete;
 
+    // The server then outlives this object (StopIn ends it).
+    void LeaveRunning() { m_owned = false; }
+
     const std::string& Dir() const { return m_dir; }
     // A model URI on this server: postgresql:///postgres/<model>?host=<dir>&user=...
     // `params` are added to the query ("application_name=x", ...).

@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
         if (tessmeta::test::CPgServer::StopIn(argv[2], error)) return 0;
     } else if (auto server = tessmeta::test::CPgServer::Start(argv[2], false, error)) {
         // The server outlives this program: the fixture's stop ends it.
-        server.release();
+        server->LeaveRunning();
         std::printf("PostgreSQL server running in %s\n", argv[2]);
         return 0;
     }
