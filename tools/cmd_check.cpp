@@ -20,8 +20,9 @@ int RunCheck(const std::string& path) {
         if (report.Count(kind)) std::printf("%-28s %zu\n", CheckKindName(kind), report.Count(kind));
     }
     const std::size_t errors = report.ErrorCount();
-    std::printf("%s: %zu problem%s, %zu string%s a purge would drop\n", path.c_str(), errors,
-                errors == 1 ? "" : "s", report.Count(ECheckKind::PurgeableString),
+    std::printf("%s: %zu problem%s, %zu string%s a purge would drop\n",
+                zmf::ShownLocation(path).c_str(), errors, errors == 1 ? "" : "s",
+                report.Count(ECheckKind::PurgeableString),
                 report.Count(ECheckKind::PurgeableString) == 1 ? "" : "s");
     return errors ? kExitProblems : kExitOk;
 }

@@ -113,7 +113,8 @@ int RunDemo(const std::string& path) {
     CString text;
     for (POSITION pos = reopened->GetNameSpaceMgr().GetStringStartPosition(); pos; ++strings)
         reopened->GetNameSpaceMgr().GetNextString(pos, id, text);
-    std::printf("%s: format version %u\n", path.c_str(), reopened->GetFile().GetFormatVersion());
+    std::printf("%s: format version %u\n", zmf::ShownLocation(path).c_str(),
+                reopened->GetFile().GetFormatVersion());
     std::printf("  unique objects     %d\n", guids.GetUniqueObjCount());
     std::printf("  object domains     %d (model domain %u)\n",
                 guids.GetEnhObjectDomainTable()->GetCount(),

@@ -121,7 +121,7 @@ int RunDump(const std::string& path, const SDumpOptions& options) {
     const bool json = options.format == "json";
     if (json)
         std::printf("{\n  \"file\": %s,\n  \"format_version\": %u,\n  \"tables\": {",
-                    Json(path).dump().c_str(), file->GetFormatVersion());
+                    Json(zmf::ShownLocation(path)).dump().c_str(), file->GetFormatVersion());
     bool firstTable = true;
     for (const SZmfTableDesc* desc : zmf::AllTables())
         if (!only || desc == only) DumpTable(*file, *desc, names, json, firstTable);

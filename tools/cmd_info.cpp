@@ -68,7 +68,8 @@ void PrintUsageTypesInUse(CNameSpaceMgr& names) {
 int RunInfo(const std::string& path) {
     auto model = OpenModel(path);
     if (!model) return kExitBadInput;
-    std::printf("%s: format version %u\n", path.c_str(), model->GetLoadedFormatVersion());
+    std::printf("%s: format version %u\n", zmf::ShownLocation(path).c_str(),
+                model->GetLoadedFormatVersion());
     PrintTables(model->GetFile());
     PrintObjectsPerType(model->GetGuidMgr());
     PrintDomains(model->GetGuidMgr());

@@ -10,7 +10,7 @@ int RunNew(const std::string& path) {
     std::string error;
     auto model = CModelFile::Create(path, &error);
     if (!model) return Fail(error);
-    std::printf("%s: new model file, format version %u\n", path.c_str(),
+    std::printf("%s: new model file, format version %u\n", zmf::ShownLocation(path).c_str(),
                 model->GetFile().GetFormatVersion());
     return kExitOk;
 }
@@ -21,8 +21,8 @@ int RunGen(const std::string& path, std::uint64_t objects, std::uint32_t seed) {
     if (!model) return Fail(error);
     const SGenerateSummary summary = GenerateModel(*model, {objects, seed});
     if (!SaveModel(*model)) return kExitProblems;
-    std::printf("%s: %llu objects, %llu string usages, %llu long texts\n", path.c_str(),
-                static_cast<unsigned long long>(summary.objects),
+    std::printf("%s: %llu objects, %llu string usages, %llu long texts\n",
+                zmf::ShownLocation(path).c_str(), static_cast<unsigned long long>(summary.objects),
                 static_cast<unsigned long long>(summary.usages),
                 static_cast<unsigned long long>(summary.longTexts));
     return kExitOk;

@@ -56,7 +56,7 @@ int RunRepo(const std::string& path) {
         rows.push_back({modifications.GetNextRowDiagObj(pos), false});
     for (POSITION pos = modifications.GetFirstRowPositionDataDictObj(); pos;)
         rows.push_back({modifications.GetNextRowDataDictObj(pos), true});
-    std::printf("%s: repository exchange\n", path.c_str());
+    std::printf("%s: repository exchange\n", zmf::ShownLocation(path).c_str());
     PrintModifications(guids, rows, CEnhRepoObjModTable::kModified, "modified");
     PrintModifications(guids, rows, CEnhRepoObjModTable::kDeleted, "deleted");
     int others = 0;

@@ -11,8 +11,9 @@ int RunUpgrade(const std::string& path, const std::string& output) {
     if (!model) return kExitBadInput;
     const DWORD from = model->GetLoadedFormatVersion();
     if (!SaveModel(*model, {}, output)) return kExitProblems;
-    std::printf("%s: format version %u, saved as %u%s%s\n", path.c_str(), from,
-                model->GetFile().GetFormatVersion(), output.empty() ? "" : " in ", output.c_str());
+    std::printf("%s: format version %u, saved as %u%s%s\n", zmf::ShownLocation(path).c_str(), from,
+                model->GetFile().GetFormatVersion(), output.empty() ? "" : " in ",
+                zmf::ShownLocation(output).c_str());
     return kExitOk;
 }
 
@@ -39,7 +40,7 @@ int RunPurge(const std::string& path) {
         std::printf("dropped string %d: \"%s%s\"\n", dropped,
                     static_cast<const char*>(cut ? value.Left(60) : value), cut ? "..." : "");
     }
-    std::printf("%s: %zu string%s dropped\n", path.c_str(), before.size(),
+    std::printf("%s: %zu string%s dropped\n", zmf::ShownLocation(path).c_str(), before.size(),
                 before.size() == 1 ? "" : "s");
     return kExitOk;
 }

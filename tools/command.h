@@ -6,9 +6,13 @@
 #include <string>
 
 #include "model/model_file.h"
+#include "zmflib/pg_uri.h"
 
 namespace tessmeta::tool {
 
+// Every FILE argument may also be a model on a PostgreSQL server, named by a
+// "postgresql://" URI; messages show it with any password hidden.
+//
 // Exit statuses: 0 done, 1 the model has problems (check) or the work failed,
 // 2 bad input (missing or damaged file, unknown table, bad flag).
 constexpr int kExitOk = 0;
@@ -92,5 +96,8 @@ SMetadataDemo BuildMetadataDemo(CModelFile& model);
 // Checks the reopened model against the demo and prints its lines of the summary;
 // returns the number of problems.
 int VerifyMetadataDemo(CModelFile& model, const SMetadataDemo& demo);
+// Copy a model between a .zmf file and a server (or any two stores), losslessly.
+int RunPush(const std::string& file, const std::string& uri, bool replace);
+int RunPull(const std::string& uri, const std::string& file);
 
 }  // namespace tessmeta::tool

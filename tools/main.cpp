@@ -8,11 +8,15 @@
 using namespace tessmeta::tool;
 
 int main(int argc, char** argv) {
-    CLI::App app{"tessmeta: create, inspect, check, upgrade and purge model files (.zmf)"};
+    CLI::App app{
+        "tessmeta: create, inspect, check, upgrade and purge model files (.zmf); every FILE may\n"
+        "also be a model on a PostgreSQL server: postgresql://[user[:password]@]host[:port]/"
+        "database/model"};
     app.require_subcommand(1);
     app.set_help_all_flag("--help-all", "Show the help of every subcommand");
 
-    std::string file, output, table, format = "text";
+    std::string file, output, table, format = "text", uri;
+    bool replace = false;
     std::uint64_t objects = 0;
     std::uint32_t seed = 1, submodel = 0;
     auto addFile = [&](CLI::App* cmd, const char* what) {
@@ -82,6 +86,18 @@ int main(int argc, char** argv) {
     cmdProps->add_option("OBJECT-ID", objectId, "the object's id (its row id in its table)")
         ->required()
         ->check(CLI::Range(std::uint32_t{1}, std::uint32_t{4294967295u}));
+    auto* cmdPush = app.add_subcommand(
+        "push", "Copy a model file to a PostgreSQL server (every table, counters, version)");
+    addFile(cmdPush, "the .zmf file to copy");
+    cmdPush->add_option("URI", uri, "postgresql://[user[:password]@]host[:port]/database/model")
+        ->required();
+    cmdPush->add_flag("--replace", replace, "overwrite the model if it exists on the server");
+
+    auto* cmdPull =
+        app.add_subcommand("pull", "Copy a model from a PostgreSQL server to a new file");
+    cmdPull->add_option("URI", uri, "postgresql://[user[:password]@]host[:port]/database/model")
+        ->required();
+    addFile(cmdPull, "the .zmf file to create (must not exist)");
 
     try {
         app.parse(argc, argv);
@@ -104,5 +120,7 @@ int main(int argc, char** argv) {
     if (*cmdSysMacros) return RunSysMacros(file, platform);
     if (*cmdRepo) return RunRepo(file);
     if (*cmdProps) return RunProps(file, objectId);
+    if (*cmdPush) return RunPush(file, uri, replace);
+    if (*cmdPull) return RunPull(uri, file);
     return RunDemo(file);
 }

@@ -142,7 +142,10 @@ bool CModelFile::SaveInto(CZmfFile& file, const SModelSaveOptions& options) {
     // committed half-written.
     const bool ok = !file.HasError() && file.Commit();
     ReleaseStorageTables();
-    if (!ok) m_lastError = file.GetLastError();
+    if (!ok) {
+        m_lastError = file.GetLastError();
+        file.Rollback();
+    }
     return ok;
 }
 

@@ -241,6 +241,12 @@ class CSqliteTable final : public CTableBase {
         return m_file.Exec(("DELETE FROM " + Quote(GetName())).c_str(), "cannot empty table");
     }
 
+    // Forgets rows not yet written (the save they belong to was abandoned).
+    void DropPending() {
+        m_pendingRows = 0;
+        ResetPositional();
+    }
+
     bool Flush() override {
         if (m_pendingRows == 0) return true;
         bool ok = true;
@@ -695,6 +701,14 @@ bool CSqliteZmfFile::CommitSave() {
     return flushed;
 }
 
+void CSqliteZmfFile::AbandonSave() {
+    sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    ForEachTable([](CTableBase& t) { static_cast<CSqliteTable&>(t).DropPending(); });
+    // Tables the save created are gone with it.
+    m_existing.clear();
+    CheckTables();
+}
+
 bool CSqliteZmfFile::WriteThrough(CTableBase& table) {
     if (!Exec("BEGIN IMMEDIATE", "cannot write")) return false;
     if (!table.Flush() || !PersistBookkeeping() || !Exec("COMMIT", "cannot write")) {
@@ -841,13 +855,4 @@ bool CSqliteZmfFile::CheckLength() {
         return false;
     }
     return true;
-}
-
-std::unique_ptr<CZmfFile> CZmfFile::Create(const std::string& path, DWORD formatVersion,
-                                           std::string* error) {
-    return CSqliteZmfFile::CreateFile(path, formatVersion, error);
-}
-
-std::unique_ptr<CZmfFile> CZmfFile::Open(const std::string& path, std::string* error) {
-    return CSqliteZmfFile::OpenFile(path, error);
 }

@@ -45,6 +45,7 @@ class CSqliteZmfFile final : public CZmfFile {
     std::unique_ptr<CTableBase> CreateTable(const SZmfTableDesc& desc) override;
     bool BeginSave() override;
     bool CommitSave() override;
+    void AbandonSave() override;
 
   private:
     CSqliteZmfFile(std::string path, DWORD formatVersion, bool readOnly, sqlite3* db);

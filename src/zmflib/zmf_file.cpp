@@ -1,6 +1,9 @@
 #include "zmflib/zmf_file.h"
 
 #include "zmflib/catalogue.h"
+#include "zmflib/pg_file.h"
+#include "zmflib/pg_uri.h"
+#include "zmflib/sqlite_file.h"
 
 CZmfFile::CZmfFile(std::string path, DWORD formatVersion, bool readOnly)
     : m_path(std::move(path)), m_formatVersion(formatVersion), m_readOnly(readOnly) {}
@@ -69,6 +72,23 @@ bool CZmfFile::Commit() {
     const bool ok = CommitSave();
     m_saving = false;
     return ok;
+}
+
+void CZmfFile::Rollback() {
+    if (!m_saving) return;
+    AbandonSave();
+    m_saving = false;
+}
+
+std::unique_ptr<CZmfFile> CZmfFile::Create(const std::string& path, DWORD formatVersion,
+                                           std::string* error) {
+    if (zmf::IsServerUri(path)) return CPgZmfFile::CreateModel(path, formatVersion, error);
+    return CSqliteZmfFile::CreateFile(path, formatVersion, error);
+}
+
+std::unique_ptr<CZmfFile> CZmfFile::Open(const std::string& path, std::string* error) {
+    if (zmf::IsServerUri(path)) return CPgZmfFile::OpenModel(path, error);
+    return CSqliteZmfFile::OpenFile(path, error);
 }
 
 void CZmfFile::SetProgressHook(ProgressHook hook, std::uint64_t every) {

@@ -11,8 +11,9 @@
 #include "zmflib/identity_mgr.h"
 #include "zmflib/table_base.h"
 
-// One open model file. Two backends exist: SQLite model files on disk (.zmf, the
-// default) and an in-memory store for tests.
+// One open model file. Three backends exist: SQLite model files on disk (.zmf, the
+// default), models on a PostgreSQL server (named by a "postgresql://" URI, see
+// zmflib/pg_uri.h) and an in-memory store for tests.
 //
 // Saving is atomic: the first GetEmptyTable of a save opens one transaction and
 // Commit ends it; closing the file without Commit abandons the save and leaves the
@@ -25,12 +26,14 @@ class CZmfFile {
   public:
     static constexpr DWORD kCurrentFormatVersion = 530;
 
-    // Creates a new model file; fails if `path` already exists.
+    // Creates a new model file, or a new model on a server when `path` is a
+    // "postgresql://" URI; fails if it already exists.
     static std::unique_ptr<CZmfFile> Create(const std::string& path,
                                             DWORD formatVersion = kCurrentFormatVersion,
                                             std::string* error = nullptr);
-    // Opens an existing model file. A file whose permission bits allow no writing is
-    // opened read-only: it loads, and saving to it fails with a clear error.
+    // Opens an existing model file, or a model on a server when `path` is a
+    // "postgresql://" URI. A file whose permission bits allow no writing is opened
+    // read-only: it loads, and saving to it fails with a clear error.
     static std::unique_ptr<CZmfFile> Open(const std::string& path, std::string* error = nullptr);
     // A model file that lives in memory only.
     static std::unique_ptr<CZmfFile> OpenMemory(DWORD formatVersion = kCurrentFormatVersion);
@@ -61,6 +64,10 @@ class CZmfFile {
     // Ends the save: writes buffered rows, size estimates, key counters and the
     // format version, and commits. Once it returns true the save is durable.
     bool Commit();
+    // Abandons the open save: what it wrote is dropped and the previous content
+    // stays (the in-memory store, which has no transactions, keeps what it got).
+    // Nothing happens when no save is open.
+    void Rollback();
     bool IsSaving() const { return m_saving; }
 
     // Checks the whole store for damage (slow on large files). True when sound;
@@ -73,7 +80,8 @@ class CZmfFile {
     bool HasError() const { return !m_lastError.empty(); }
     void ClearError() { m_lastError.clear(); }
 
-    // Records a failure as "<path>: <cause>" (used by the backends).
+    // Records a failure as "<path>: <cause>" (used by the backends). For a model on
+    // a server the path is its URI without password.
     void SetError(const std::string& cause);
 
     // Progress of long loads and saves: the hook receives the number of rows read
@@ -98,7 +106,7 @@ class CZmfFile {
     virtual bool BeginSave() = 0;
     // Persists the bookkeeping (versions, estimates, counters) and commits.
     virtual bool CommitSave() = 0;
-    // Abandons an open save (called from the destructor of a backend).
+    // Abandons an open save (Rollback; also called from the destructor of a backend).
     virtual void AbandonSave() {}
 
     // Tables created so far, by descriptor.

@@ -13,193 +13,25 @@
 #include <vector>
 
 #include "support/row_values.h"
+#include "support/store_checks.h"
 #include "support/test_support.h"
 #include "zmflib.h"
 
+using tessmeta::test::ExpectObjects;
 using tessmeta::test::MakeRow;
+using tessmeta::test::OpenError;
+using tessmeta::test::OpenOk;
 using tessmeta::test::RowText;
+using tessmeta::test::SaveObjects;
 using tessmeta::test::TempDir;
 
 namespace {
-
-std::unique_ptr<CZmfFile> OpenOk(const std::string& path) {
-    std::string error;
-    auto file = CZmfFile::Open(path, &error);
-    EXPECT_TRUE(file) << error;
-    return file;
-}
-
-std::string OpenError(const std::string& path) {
-    std::string error;
-    auto file = CZmfFile::Open(path, &error);
-    EXPECT_FALSE(file);
-    return error;
-}
 
 void RunSql(const std::string& path, const char* sql) {
     sqlite3* db = nullptr;
     ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
     ASSERT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
     sqlite3_close(db);
-}
-
-// Writes `count` unique objects (keys 1..count, Model_ID = key + offset) in one save.
-void SaveObjects(CZmfFile& file, ULONG count, ULONG offset) {
-    CTableBase* t = file.GetEmptyTable("UniqueObject");
-    ASSERT_NE(t, nullptr) << file.GetLastError();
-    t->SetSizeEstimate(static_cast<LONG>(count));
-    for (ULONG k = 1; k <= count; ++k) {
-        CUniqueObjectBase row(k);
-        row.Model_ID = k + offset;
-        row.Object_GUID = "0123456789abcdef0123456789abcdef";
-        ASSERT_EQ(t->Insert(&row), 1);
-    }
-    ASSERT_TRUE(file.Commit()) << file.GetLastError();
-}
-
-// Checks that the file holds exactly the objects SaveObjects(count, offset) wrote.
-void ExpectObjects(const std::string& path, ULONG count, ULONG offset) {
-    auto file = OpenOk(path);
-    ASSERT_TRUE(file);
-    CUniqueObjectIterator it(file->GetTable("UniqueObject"));
-    CUniqueObjectBase row;
-    ULONG n = 0;
-    while (it.GetNext(&row)) {
-        ++n;
-        ASSERT_EQ(row.Unique_Object_ID, n);
-        ASSERT_EQ(row.Model_ID, n + offset);
-    }
-    EXPECT_EQ(n, count);
-    EXPECT_FALSE(file->HasError()) << file->GetLastError();
-}
-
-TEST(SqliteFile, EveryTableSurvivesCloseAndReopen) {
-    TempDir dir;
-    const std::string path = dir.File("all.zmf");
-    std::vector<std::vector<std::string>> expected;
-    {
-        auto file = CZmfFile::Create(path, 510);
-        ASSERT_TRUE(file);
-        for (const SZmfTableDesc* desc : zmf::AllTables()) {
-            CTableBase* t = file->GetEmptyTable(desc->name);
-            expected.emplace_back();
-            for (int i = 0; i < 5; ++i) {
-                auto row = MakeRow(*desc, i == 3 ? 1 : 1 + i, i);  // a duplicate key too
-                ASSERT_EQ(t->Insert(row.get()), 1);
-                expected.back().push_back(RowText(*desc, *row));
-            }
-            t->SetSizeEstimate(5 + static_cast<LONG>(desc->tableNumber));
-        }
-        file->GetIdentityMgr()->SetKeyValue(77, 1234);
-        ASSERT_TRUE(file->Commit()) << file->GetLastError();
-    }
-    auto file = OpenOk(path);
-    ASSERT_TRUE(file);
-    EXPECT_EQ(file->GetFormatVersion(), 510u);
-    EXPECT_EQ(file->GetIdentityMgr()->GetKeyValue(77), 1234u);
-    EXPECT_EQ(file->GetIdentityMgr()->AllocKeyValue(77), 1235u);
-    size_t i = 0;
-    for (const SZmfTableDesc* desc : zmf::AllTables()) {
-        CTableBase* t = file->GetTable(desc->name);
-        EXPECT_EQ(t->GetSizeEstimate(), 5 + desc->tableNumber) << desc->name;
-        std::unique_ptr<CDbObjectBase> row(desc->createRow());
-        CIteratorBase it(t);
-        for (const std::string& text : expected[i]) {
-            ASSERT_EQ(it.GetNext(row.get()), 1) << desc->name;
-            EXPECT_EQ(RowText(*desc, *row), text);
-        }
-        EXPECT_EQ(it.GetNext(row.get()), 0);
-        ++i;
-    }
-}
-
-TEST(SqliteFile, VersionAndCountersPersistOnlyAtCommit) {
-    TempDir dir;
-    const std::string path = dir.File("v.zmf");
-    {
-        auto file = CZmfFile::Create(path);
-        EXPECT_EQ(file->GetFormatVersion(), 530u);
-        file->SetFormatVersion(499);
-        file->GetIdentityMgr()->AllocKeyValue(5);
-    }  // closed without Commit
-    {
-        auto file = OpenOk(path);
-        EXPECT_EQ(file->GetFormatVersion(), 530u);
-        EXPECT_EQ(file->GetIdentityMgr()->GetKeyValue(5), 0u);
-        file->SetFormatVersion(502);
-        file->GetIdentityMgr()->AllocKeyValue(5);
-        EXPECT_TRUE(file->Commit());
-    }
-    auto file = OpenOk(path);
-    EXPECT_EQ(file->GetFormatVersion(), 502u);
-    EXPECT_EQ(file->GetIdentityMgr()->GetKeyValue(5), 1u);
-}
-
-TEST(SqliteFile, AnUncommittedSaveLeavesThePreviousContent) {
-    TempDir dir;
-    const std::string path = dir.File("s.zmf");
-    {
-        auto file = CZmfFile::Create(path);
-        SaveObjects(*file, 10, 0);
-        CTableBase* t = file->GetEmptyTable("UniqueObject");
-        CUniqueObjectBase row(99);
-        t->Insert(&row);
-        EXPECT_EQ(t->GetCount(), 1u);  // the save sees its own rows
-    }
-    ExpectObjects(path, 10, 0);
-}
-
-TEST(SqliteFile, InsertsOutsideASaveReachTheFileAtOnce) {
-    TempDir dir;
-    const std::string path = dir.File("w.zmf");
-    auto file = CZmfFile::Create(path);
-    CTableBase* t = file->GetTable("ObjectModification");
-    const int kind = CObjectModificationBase::Desc().keyKind;
-    CObjectModificationBase row(file->GetIdentityMgr()->AllocKeyValue(kind));
-    row.Object_ID = 42;
-    row.Modification_Kind = 2;
-    ASSERT_EQ(t->Insert(&row), 1);
-
-    // Seen by another reader before any commit; the key counter came along.
-    auto reader = OpenOk(path);
-    CObjectModificationIterator it(reader->GetTable("ObjectModification"));
-    CObjectModificationBase read;
-    ASSERT_EQ(it.GetNext(&read), 1);
-    EXPECT_EQ(read.Object_ID, 42u);
-    EXPECT_EQ(read.Modification_Kind, 2);
-    EXPECT_EQ(reader->GetIdentityMgr()->GetKeyValue(kind), row.ObjectModification_ID);
-
-    read.Modification_Kind = 1;
-    ASSERT_EQ(reader->GetTable("ObjectModification")->Update(&read), 1);
-    CObjectModificationBase probe(row.ObjectModification_ID);
-    ASSERT_EQ(file->GetTable("ObjectModification")->Get(&probe), 1);
-    EXPECT_EQ(probe.Modification_Kind, 1);
-}
-
-TEST(SqliteFile, ATableAbsentFromTheFileReadsAsEmpty) {
-    TempDir dir;
-    const std::string path = dir.File("a.zmf");
-    {
-        auto file = CZmfFile::Create(path);
-        SaveObjects(*file, 3, 0);
-    }
-    RunSql(path, "DROP TABLE \"Proc\"");
-    {
-        auto file = OpenOk(path);
-        CTableBase* t = file->GetTable("Proc");
-        EXPECT_EQ(t->GetCount(), 0u);
-        EXPECT_EQ(t->GetStartPosition(), nullptr);
-        CProcBase row(1);
-        EXPECT_EQ(t->Get(&row), 0);
-        EXPECT_EQ(CProcIterator(t).GetNext(&row), 0);
-        EXPECT_FALSE(file->HasError());
-        // Saving recreates it.
-        t = file->GetEmptyTable("Proc");
-        ASSERT_NE(t, nullptr);
-        EXPECT_EQ(t->Insert(&row), 1);
-        EXPECT_TRUE(file->Commit());
-    }
-    EXPECT_EQ(OpenOk(path)->GetTable("Proc")->GetCount(), 1u);
 }
 
 TEST(SqliteFile, BadInputGivesAnErrorNamingTheFileAndCause) {

@@ -1,10 +1,12 @@
-// Table operations, run against both backends: the in-memory store and .zmf files.
+// Table operations, run against every backend: the in-memory store, .zmf files and
+// models on a PostgreSQL server.
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "support/pg_test.h"
 #include "support/row_values.h"
 #include "support/test_support.h"
 #include "zmflib.h"
@@ -15,18 +17,30 @@ using tessmeta::test::TempDir;
 
 namespace {
 
-enum class Backend { Memory, Sqlite };
+enum class Backend { Memory, Sqlite, Postgres };
+
+const char* BackendName(Backend backend) {
+    switch (backend) {
+        case Backend::Memory:
+            return "Memory";
+        case Backend::Sqlite:
+            return "Sqlite";
+        default:
+            return "Postgres";
+    }
+}
 
 class TableTest : public ::testing::TestWithParam<Backend> {
   protected:
     void SetUp() override {
-        if (GetParam() == Backend::Memory) {
+        std::string error;
+        if (GetParam() == Backend::Memory)
             file = CZmfFile::OpenMemory();
-        } else {
-            std::string error;
+        else if (GetParam() == Backend::Sqlite)
             file = CZmfFile::Create(dir.File("t.zmf"), 530, &error);
-            ASSERT_TRUE(file) << error;
-        }
+        else
+            file = CZmfFile::Create(tessmeta::test::NewModelUri("table"), 530, &error);
+        ASSERT_TRUE(file) << error;
     }
 
     // Inserts usage rows (key, object id) in order.
@@ -177,10 +191,9 @@ TEST_P(TableTest, EveryTableStoresEveryColumnType) {
     EXPECT_TRUE(file->Commit()) << file->GetLastError();
 }
 
-INSTANTIATE_TEST_SUITE_P(Backends, TableTest, ::testing::Values(Backend::Memory, Backend::Sqlite),
-                         [](const auto& info) {
-                             return info.param == Backend::Memory ? "Memory" : "Sqlite";
-                         });
+INSTANTIATE_TEST_SUITE_P(Backends, TableTest,
+                         ::testing::Values(Backend::Memory, Backend::Sqlite, Backend::Postgres),
+                         [](const auto& info) { return BackendName(info.param); });
 
 }  // namespace
 
