@@ -68,7 +68,7 @@ const SObjectKind& PickKind(CTextMaker& maker) {
 }
 
 // The other managers' share: one reference value per 100 objects in a data
-// dictionary of its own, each bound under a root link per ten values; a colour
+// dictionary of its own, linked in chains of ten; a colour
 // override on one object in 20; a few layout settings of the diagram. Runs after
 // the objects with a generator of its own, so the objects stay those of the seed.
 void GenerateManagerShares(CModelFile& model, const SGenerateOptions& options, int diagramId,
@@ -77,7 +77,7 @@ void GenerateManagerShares(CModelFile& model, const SGenerateOptions& options, i
     CDictObjectMgr& dictionary = model.GetDictObjectMgr();
     const DWORD dataDictionary =
         dictionary.CreateDataDictionary(CString("Generated dictionary"), CString("Generated"));
-    DWORD root = 0;
+    DWORD previous = 0;
     char text[64];
     const std::uint64_t values = options.objects / 100;
     for (std::uint64_t i = 0; i < values; ++i) {
@@ -89,12 +89,10 @@ void GenerateManagerShares(CModelFile& model, const SGenerateOptions& options, i
                                        maxValue, FALSE, FALSE, dataDictionary, dictObject, FALSE))
             continue;
         ++summary.dictionaryItems;
-        if (i % 10 == 0) {
-            root = dictionary.CreateDictionaryObjectLinkRoot(dictObject) ? dictObject : 0;
-            if (root) ++summary.dictionaryLinks;
-        } else if (root && dictionary.CreateDictionaryObjectLink(dictObject, root)) {
-            ++summary.dictionaryLinks;
-        }
+        // Chains of ten: a root, then each value under the one before it.
+        const DWORD parent = i % 10 == 0 ? 0 : previous;
+        if (dictionary.CreateDictionaryObjectLink(dictObject, parent)) ++summary.dictionaryLinks;
+        previous = dictObject;
     }
     CObjectPropOverrideMgr& overrides = model.GetObjectPropOverrideMgr();
     const ULONG objects = static_cast<ULONG>(model.GetGuidMgr().GetUniqueObjCount());
