@@ -15,16 +15,24 @@ int RunNew(const std::string& path) {
     return kExitOk;
 }
 
-int RunGen(const std::string& path, std::uint64_t objects, std::uint32_t seed) {
+int RunGen(const std::string& path, std::uint64_t objects, std::uint32_t seed, bool everyManager) {
     std::string error;
     auto model = CModelFile::Create(path, &error);
     if (!model) return Fail(error);
-    const SGenerateSummary summary = GenerateModel(*model, {objects, seed});
+    const SGenerateSummary summary = GenerateModel(*model, {objects, seed, everyManager});
     if (!SaveModel(*model)) return kExitProblems;
     std::printf("%s: %llu objects, %llu string usages, %llu long texts\n",
                 zmf::ShownLocation(path).c_str(), static_cast<unsigned long long>(summary.objects),
                 static_cast<unsigned long long>(summary.usages),
                 static_cast<unsigned long long>(summary.longTexts));
+    if (everyManager)
+        std::printf(
+            "%llu dictionary items, %llu dictionary links, %llu overrides, %llu layout "
+            "settings\n",
+            static_cast<unsigned long long>(summary.dictionaryItems),
+            static_cast<unsigned long long>(summary.dictionaryLinks),
+            static_cast<unsigned long long>(summary.overrides),
+            static_cast<unsigned long long>(summary.layoutSettings));
     return kExitOk;
 }
 

@@ -57,7 +57,8 @@ int RunDump(const std::string& path, const SDumpOptions& options);
 int RunCheck(const std::string& path);
 int RunUpgrade(const std::string& path, const std::string& output);
 int RunPurge(const std::string& path);
-int RunGen(const std::string& path, std::uint64_t objects, std::uint32_t seed);
+int RunGen(const std::string& path, std::uint64_t objects, std::uint32_t seed,
+           bool everyManager = false);
 int RunDemo(const std::string& path);
 // The layout settings of one submodel (0: of every submodel that has any).
 int RunLayout(const std::string& path, std::uint32_t submodelId);

@@ -55,6 +55,9 @@ int main(int argc, char** argv) {
         ->required()
         ->check(CLI::Range(std::uint64_t{2}, std::uint64_t{100000000}));
     cmdGen->add_option("--seed", seed, "seed of the generator (default 1)");
+    bool everyManager = false;
+    cmdGen->add_flag("--every-manager", everyManager,
+                     "also fill dictionary items and links, overrides and layout settings");
 
     auto* cmdDemo = app.add_subcommand(
         "demo", "Build a small model, save it, reopen it, verify it and print a summary");
@@ -115,7 +118,7 @@ int main(int argc, char** argv) {
     if (*cmdCheck) return RunCheck(file);
     if (*cmdUpgrade) return RunUpgrade(file, output);
     if (*cmdPurge) return RunPurge(file);
-    if (*cmdGen) return RunGen(file, objects, seed);
+    if (*cmdGen) return RunGen(file, objects, seed, everyManager);
     if (*cmdLayout) return RunLayout(file, submodel);
     if (*cmdSysMacros) return RunSysMacros(file, platform);
     if (*cmdRepo) return RunRepo(file);

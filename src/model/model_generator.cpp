@@ -67,6 +67,51 @@ const SObjectKind& PickKind(CTextMaker& maker) {
     return kKinds[0];
 }
 
+// The other managers' share: one reference value per 100 objects in a data
+// dictionary of its own, linked in chains of ten; a colour
+// override on one object in 20; a few layout settings of the diagram. Runs after
+// the objects with a generator of its own, so the objects stay those of the seed.
+void GenerateManagerShares(CModelFile& model, const SGenerateOptions& options, int diagramId,
+                           SGenerateSummary& summary) {
+    CTextMaker maker(options.seed ^ 0x5eedu);
+    CDictObjectMgr& dictionary = model.GetDictObjectMgr();
+    const DWORD dataDictionary =
+        dictionary.CreateDataDictionary(CString("Generated dictionary"), CString("Generated"));
+    DWORD previous = 0;
+    char text[64];
+    const std::uint64_t values = options.objects / 100;
+    for (std::uint64_t i = 0; i < values; ++i) {
+        std::snprintf(text, sizeof text, "RV_%llu", static_cast<unsigned long long>(i));
+        CString name(text), description("Generated value"), value(text + 3), valueDescription,
+            minValue, maxValue;
+        DWORD dictObject = 0;
+        if (!dictionary.InsertRefValue(name, description, value, valueDescription, minValue,
+                                       maxValue, FALSE, FALSE, dataDictionary, dictObject, FALSE))
+            continue;
+        ++summary.dictionaryItems;
+        // Chains of ten: a root, then each value under the one before it.
+        const DWORD parent = i % 10 == 0 ? 0 : previous;
+        if (dictionary.CreateDictionaryObjectLink(dictObject, parent)) ++summary.dictionaryLinks;
+        previous = dictObject;
+    }
+    CObjectPropOverrideMgr& overrides = model.GetObjectPropOverrideMgr();
+    const ULONG objects = static_cast<ULONG>(model.GetGuidMgr().GetUniqueObjCount());
+    for (ULONG object = 1; object <= objects; ++object)
+        if (maker.Chance(5) &&
+            overrides.SetColorOverride(object, maker.Below(4), maker.Below(1u << 24)))
+            ++summary.overrides;
+    CAutoLayoutDataMgr& layout = model.GetAutoLayoutDataMgr();
+    if (const CKelLayoutAlgorithm* force = layout.GetLayoutAlgorithmRow(CString("Force"))) {
+        const char* settings[][2] = {
+            {"FORCE_FLAGS", "3"}, {"FORCE_START_V", "40"}, {"FORCE_START_H", "60"}};
+        for (const auto& setting : settings)
+            if (layout.UpdateSubmodelAlgorithmProperty(
+                    static_cast<ULONG>(diagramId), force->Layout_Algorithm_ID, CString(setting[0]),
+                    CString("Integer"), CString(setting[1])))
+                ++summary.layoutSettings;
+    }
+}
+
 }  // namespace
 
 SGenerateSummary GenerateModel(CModelFile& model, const SGenerateOptions& options) {
@@ -111,6 +156,7 @@ SGenerateSummary GenerateModel(CModelFile& model, const SGenerateOptions& option
         }
         ++summary.objects;
     }
+    if (options.everyManager) GenerateManagerShares(model, options, diagramId, summary);
     return summary;
 }
 
