@@ -812,8 +812,18 @@ std::unique_ptr<CZmfFile> CSqliteZmfFile::OpenFile(const std::string& path, std:
         Fail(error, path, cause);
         return nullptr;
     }
-    const auto version = static_cast<DWORD>(sqlite3_column_int64(stmt, 0));
+    const sqlite3_int64 stored = sqlite3_column_int64(stmt, 0);
     sqlite3_finalize(stmt);
+    // A newer library's file would lose what this one does not know at the next save.
+    if (stored < 0 || stored > kCurrentFormatVersion) {
+        sqlite3_close_v2(db);
+        Fail(error, path,
+             "cannot open: format version " + std::to_string(stored) +
+                 " is not one this library reads (newest: " +
+                 std::to_string(kCurrentFormatVersion) + ")");
+        return nullptr;
+    }
+    const auto version = static_cast<DWORD>(stored);
 
     std::unique_ptr<CSqliteZmfFile> file(new CSqliteZmfFile(path, version, readOnly, db));
     if (!file->Configure() || !file->CheckTables() || !file->LoadBookkeeping()) {

@@ -36,7 +36,11 @@ void EditModel(CModelFile& model, int variant) {
     const std::string suffix = "_v" + std::to_string(variant);
     for (std::size_t i = 0; i < ids.size(); ++i) {
         const int id = static_cast<int>(ids[i]);
-        if (i % 7 == 3) {
+        if (i > 10 && i % 7 == 3) {  // as a host deletes: the texts, then the object
+            for (POSITION pos = names.GetStringUsageTypeTable().GetFirstRowPosition(); pos;)
+                names.DeleteString(
+                    id, static_cast<int>(
+                            names.GetStringUsageTypeTable().GetNextRow(pos)->String_Usage_Type_ID));
             guids.DeleteObject(id, 1);
             continue;
         }
@@ -48,14 +52,18 @@ void EditModel(CModelFile& model, int variant) {
     }
 }
 
+std::string SaveEdit(CModelFile& model) {
+    SModelSaveOptions options;
+    options.purgeStrings = 1;
+    return model.Save(options) ? "" : model.GetLastError();
+}
+
 std::string EditAndSave(const std::string& path, int variant) {
     std::string error;
     auto model = CModelFile::Open(path, &error);
     if (!model) return error;
     EditModel(*model, variant);
-    SModelSaveOptions options;
-    options.purgeStrings = 1;
-    return model->Save(options) ? "" : model->GetLastError();
+    return SaveEdit(*model);
 }
 
 void CopyFile(const std::string& from, const std::string& to) {

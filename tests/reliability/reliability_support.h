@@ -16,6 +16,8 @@ void WriteBaseModel(const std::string& path, std::uint64_t objects);
 // Renames every object, drops a definition here and there, deletes every seventh
 // object, sets property values, flags objects; `variant` changes every edit.
 void EditModel(CModelFile& model, int variant);
+// The save every edit ends with (purging): empty on success, else the error.
+std::string SaveEdit(CModelFile& model);
 // Opens `path`, edits it and saves: empty on success, else the error.
 std::string EditAndSave(const std::string& path, int variant);
 // Copies a file byte for byte.
