@@ -32,7 +32,8 @@ bench: build
 # Each target starts from its committed seeds (tests/fuzz/corpus/<target>) and
 # keeps what it learns in build/fuzz/corpus/<target>; a finding stops the run with
 # the crashing input saved as build/fuzz/crash-*.
-fuzz: deps
+fuzz:
+	@./scripts/install-deps.sh fuzz
 	cmake --preset fuzz
 	cmake --build --preset fuzz
 	@for t in $(FUZZ_TARGETS); do \

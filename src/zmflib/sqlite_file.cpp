@@ -570,6 +570,10 @@ bool CSqliteZmfFile::AddLackingColumns(const SZmfTableDesc& desc) {
 
 bool CSqliteZmfFile::Configure() {
     sqlite3_extended_result_codes(m_db, 1);
+    // A model file comes from anywhere: no schema edits through SQL, no functions
+    // or virtual tables run from views or triggers stored in the file.
+    sqlite3_db_config(m_db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(m_db, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_busy_timeout(m_db, 5000);
     // Rollback journal with full syncs: a commit is durable once it returns, and a
     // process killed mid-save leaves a hot journal that the next open rolls back.
