@@ -1,8 +1,11 @@
 # Thin wrapper over the CMake presets. `make demo` and `make test` are the two
 # commands of the README; both install missing Debian packages first.
-.PHONY: deps build demo test asan bench clean
+.PHONY: deps build demo test asan bench fuzz clean
 
 DEMO_FILE ?= build/demo.zmf
+# Seconds each fuzz target runs for (`make fuzz`); clang only.
+FUZZ_SECONDS ?= 60
+FUZZ_TARGETS = file tables operations
 
 deps:
 	@./scripts/install-deps.sh
@@ -25,6 +28,21 @@ asan: deps
 
 bench: build
 	@for b in build/release/bench/bench_*; do echo "== $$b"; $$b --benchmark_counters_tabular=true || exit 1; done
+
+# Each target starts from its committed seeds (tests/fuzz/corpus/<target>) and
+# keeps what it learns in build/fuzz/corpus/<target>; a finding stops the run with
+# the crashing input saved as build/fuzz/crash-*.
+fuzz:
+	@./scripts/install-deps.sh fuzz
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	@for t in $(FUZZ_TARGETS); do \
+	  mkdir -p build/fuzz/corpus/$$t; \
+	  echo "== fuzz_$$t for $(FUZZ_SECONDS) s"; \
+	  ./build/fuzz/tests/fuzz/fuzz_$$t -max_total_time=$(FUZZ_SECONDS) -timeout=120 \
+	    -rss_limit_mb=4096 -print_final_stats=1 -artifact_prefix=build/fuzz/ \
+	    build/fuzz/corpus/$$t tests/fuzz/corpus/$$t || exit 1; \
+	done
 
 clean:
 	rm -rf build

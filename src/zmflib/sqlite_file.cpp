@@ -570,6 +570,10 @@ bool CSqliteZmfFile::AddLackingColumns(const SZmfTableDesc& desc) {
 
 bool CSqliteZmfFile::Configure() {
     sqlite3_extended_result_codes(m_db, 1);
+    // A model file comes from anywhere: no schema edits through SQL, no functions
+    // or virtual tables run from views or triggers stored in the file.
+    sqlite3_db_config(m_db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(m_db, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_busy_timeout(m_db, 5000);
     // Rollback journal with full syncs: a commit is durable once it returns, and a
     // process killed mid-save leaves a hot journal that the next open rolls back.
@@ -812,8 +816,18 @@ std::unique_ptr<CZmfFile> CSqliteZmfFile::OpenFile(const std::string& path, std:
         Fail(error, path, cause);
         return nullptr;
     }
-    const auto version = static_cast<DWORD>(sqlite3_column_int64(stmt, 0));
+    const sqlite3_int64 stored = sqlite3_column_int64(stmt, 0);
     sqlite3_finalize(stmt);
+    // A newer library's file would lose what this one does not know at the next save.
+    if (stored < 0 || stored > kCurrentFormatVersion) {
+        sqlite3_close_v2(db);
+        Fail(error, path,
+             "cannot open: format version " + std::to_string(stored) +
+                 " is not one this library reads (newest: " +
+                 std::to_string(kCurrentFormatVersion) + ")");
+        return nullptr;
+    }
+    const auto version = static_cast<DWORD>(stored);
 
     std::unique_ptr<CSqliteZmfFile> file(new CSqliteZmfFile(path, version, readOnly, db));
     if (!file->Configure() || !file->CheckTables() || !file->LoadBookkeeping()) {
