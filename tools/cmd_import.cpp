@@ -163,7 +163,7 @@ SExchangeModel ReadDocument(const Json& doc) {
                 auto text = model.texts.find(id);
                 if (text == model.texts.end())
                     Bad(place + "/id", "no string " + std::to_string(id) + " in the model");
-                if (BytesToUtf8(text->second) != rows[r][column.name]["text"])
+                if (BytesToUtf8(*text->second) != rows[r][column.name]["text"])
                     Bad(place + "/text", "differs from the text of string " + std::to_string(id));
             }
         }

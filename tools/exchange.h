@@ -24,9 +24,9 @@ struct SExchangeTable {
 
 struct SExchangeModel {
     DWORD formatVersion = 0;
-    std::vector<std::pair<int, DWORD>> counters;   // key kind -> counter, by kind
-    std::vector<SExchangeTable> tables;            // every table, in catalogue order
-    std::unordered_map<DWORD, std::string> texts;  // string id -> text (bytes)
+    std::vector<std::pair<int, DWORD>> counters;          // key kind -> counter, by kind
+    std::vector<SExchangeTable> tables;                   // every table, in catalogue order
+    std::unordered_map<DWORD, const std::string*> texts;  // string id -> text, in the rows
 
     // Fills `texts` from the rows of the string tables.
     void ResolveTexts();

@@ -50,7 +50,7 @@ const SExchangeTable& SExchangeModel::Table(const char* name) const {
 const std::string& SExchangeModel::Text(DWORD id) const {
     static const std::string empty;
     auto it = texts.find(id);
-    return it == texts.end() ? empty : it->second;
+    return it == texts.end() ? empty : *it->second;
 }
 
 bool LoadExchangeModel(const std::string& path, SExchangeModel& model, std::string& error) {
@@ -85,17 +85,19 @@ bool LoadExchangeModel(const std::string& path, SExchangeModel& model, std::stri
 void SExchangeModel::ResolveTexts() {
     texts.clear();
     std::unordered_map<DWORD, const std::string*> large;
+    large.reserve(Table("LargeString").rows.size());
     for (const ExchangeRow& row : Table("LargeString").rows)
         large.try_emplace(static_cast<DWORD>(std::get<std::int64_t>(row[0])),
                           &std::get<std::string>(row[1]));
-    std::unordered_map<DWORD, bool> seen;
-    for (const ExchangeRow& row : Table("SmallString").rows) {
+    const auto& small = Table("SmallString").rows;
+    texts.reserve(small.size());
+    for (const ExchangeRow& row : small) {
         const auto id = static_cast<DWORD>(std::get<std::int64_t>(row[0]));
-        if (!seen.try_emplace(id, true).second) continue;
+        if (texts.contains(id)) continue;
         if (std::get<std::int64_t>(row[2]) == 0) {
-            texts.emplace(id, std::get<std::string>(row[1]));
+            texts.emplace(id, &std::get<std::string>(row[1]));
         } else if (auto it = large.find(id); it != large.end()) {
-            texts.emplace(id, *it->second);
+            texts.emplace(id, it->second);
         }
     }
 }
