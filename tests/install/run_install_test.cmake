@@ -44,6 +44,7 @@ if(PKG_CONFIG AND CXX_COMPILER)
     message(FATAL_ERROR "building the consumer with pkg-config failed: ${rc}")
   endif()
   file(COPY ${PREFIX}/share/tessmeta/SysMacros DESTINATION ${pc_build})
+  set(ENV{LD_LIBRARY_PATH} ${pc_dir}/..)  # a shared build: pkg-config gives no run path
   execute_process(COMMAND ${pc_build}/consumer ${pc_build}/consumer.zmf RESULT_VARIABLE rc)
   if(NOT rc EQUAL 0)
     message(FATAL_ERROR "the consumer built with pkg-config failed: ${rc}")
