@@ -151,7 +151,7 @@ SExchangeModel ReadDocument(const Json& doc) {
     // Every string id must name a text of the document, and its inline text must be
     // that text.
     for (const SExchangeTable& table : model.tables) {
-        const Json& rows = tables.contains(table.desc->name) ? tables[table.desc->name] : Json();
+        auto rows = tables.find(table.desc->name);
         for (std::size_t c = 0; c < table.desc->columns.size(); ++c) {
             const SZmfColumnDesc& column = table.desc->columns[c];
             if (column.type != EZmfColumnType::StringId) continue;
@@ -163,7 +163,7 @@ SExchangeModel ReadDocument(const Json& doc) {
                 auto text = model.texts.find(id);
                 if (text == model.texts.end())
                     Bad(place + "/id", "no string " + std::to_string(id) + " in the model");
-                if (BytesToUtf8(*text->second) != rows[r][column.name]["text"])
+                if (BytesToUtf8(*text->second) != (*rows)[r][column.name]["text"])
                     Bad(place + "/text", "differs from the text of string " + std::to_string(id));
             }
         }
