@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "command.h"
+#include "exchange.h"
 #include "zmflib/iterators.h"
 
 namespace tessmeta::tool {
@@ -28,10 +29,12 @@ class CRowToJson final : public IZmfColumnSink {
         }
         CString text;
         m_names.GetStringFromNameSpace(text, static_cast<LONG>(value));
-        row[column.name] = {{"id", value}, {"text", Utf8Safe(text)}};
+        row[column.name] = {{"id", value}, {"text", BytesToUtf8(std::string(text.View()))}};
     }
     void Int(int index, LONG value) override { row[Name(index)] = value; }
-    void String(int index, const CString& value) override { row[Name(index)] = Utf8Safe(value); }
+    void String(int index, const CString& value) override {
+        row[Name(index)] = BytesToUtf8(std::string(value.View()));
+    }
     void Date(int index, const COleDateTime& value) override {
         if (value.m_status == COleDateTime::valid)
             row[Name(index)] = value.m_dt;
@@ -42,21 +45,6 @@ class CRowToJson final : public IZmfColumnSink {
   private:
     const char* Name(int index) const {
         return m_desc.columns[static_cast<std::size_t>(index)].name;
-    }
-
-    // Texts are bytes of a single-byte code page; bytes above 127 are shown as
-    // Latin-1 characters so that the output is always valid UTF-8.
-    static std::string Utf8Safe(const CString& text) {
-        std::string out;
-        for (unsigned char c : text.View()) {
-            if (c < 0x80) {
-                out += static_cast<char>(c);
-            } else {
-                out += static_cast<char>(0xC0 | (c >> 6));
-                out += static_cast<char>(0x80 | (c & 0x3F));
-            }
-        }
-        return out;
     }
 
     const SZmfTableDesc& m_desc;

@@ -69,7 +69,8 @@ int RunLayout(const std::string& path, std::uint32_t submodelId) {
         PrintSubmodel(layout, found->first, found->second);
         return kExitOk;
     }
-    if (bySubmodel.empty()) std::printf("%s: no layout settings\n", zmf::ShownLocation(path).c_str());
+    if (bySubmodel.empty())
+        std::printf("%s: no layout settings\n", zmf::ShownLocation(path).c_str());
     for (const auto& [id, algorithms] : bySubmodel)
         PrintSubmodel(layout, id, algorithms);
     return kExitOk;

@@ -68,8 +68,8 @@ int RunSysMacros(const std::string& path, int platform) {
             i < 3 ? dictionary.FindSystemLib(name, body) : dictionary.FindSystemTrigger(name, body);
     }
     if (!SaveModel(*model)) return kExitProblems;
-    std::printf("%s: %d created, %d refreshed, %d missing\n", zmf::ShownLocation(path).c_str(), created,
-                present - created, 6 - present);
+    std::printf("%s: %d created, %d refreshed, %d missing\n", zmf::ShownLocation(path).c_str(),
+                created, present - created, 6 - present);
     return present == 6 ? kExitOk : kExitProblems;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "command.h"
+#include "exchange.h"
 
 using namespace tessmeta::tool;
 
@@ -14,6 +15,7 @@ int main(int argc, char** argv) {
         "database/model"};
     app.require_subcommand(1);
     app.set_help_all_flag("--help-all", "Show the help of every subcommand");
+    app.set_version_flag("--version", std::string("tessmeta ") + TESSMETA_VERSION);
 
     std::string file, output, table, format = "text", uri;
     bool replace = false;
@@ -102,11 +104,33 @@ int main(int argc, char** argv) {
         ->required();
     addFile(cmdPull, "the .zmf file to create (must not exist)");
 
+    std::string input, other;
+    auto* cmdExport = app.add_subcommand(
+        "export", "Write a whole model as one JSON document (texts inline, GUIDs as text)");
+    addFile(cmdExport, "a model file");
+    cmdExport->add_option("-o,--output", output, "write the document here (default: stdout)");
+
+    auto* cmdImport =
+        app.add_subcommand("import", "Create a model file from a JSON document written by export");
+    cmdImport->add_option("IN", input, "the JSON document")->required();
+    cmdImport->add_option("-o,--output", file, "the model file to create (must not exist)")
+        ->required();
+
+    auto* cmdDiff = app.add_subcommand(
+        "diff",
+        "Compare two models object by object; exit status 0 equal, 1 different, 2 bad "
+        "input");
+    addFile(cmdDiff, "the first model");
+    cmdDiff->add_option("OTHER", other, "the second model")->required();
+    cmdDiff->add_option("--format", format, "text or json")->check(CLI::IsMember({"text", "json"}));
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
         return app.exit(e);
     } catch (const CLI::CallForAllHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForVersion& e) {
         return app.exit(e);
     } catch (const CLI::ParseError& e) {
         return Fail(e.what());
@@ -125,5 +149,8 @@ int main(int argc, char** argv) {
     if (*cmdProps) return RunProps(file, objectId);
     if (*cmdPush) return RunPush(file, uri, replace);
     if (*cmdPull) return RunPull(uri, file);
+    if (*cmdExport) return RunExport(file, output);
+    if (*cmdImport) return RunImport(input, file);
+    if (*cmdDiff) return RunDiff(file, other, format);
     return RunDemo(file);
 }
