@@ -616,6 +616,15 @@ bool CSqliteZmfFile::LoadBookkeeping() {
     }
     if (rc != SQLITE_DONE) return SetDbError("cannot read"), false;
     GetIdentityMgr()->ClearDirty();
+    return ReadSaveGeneration(m_saveGeneration);
+}
+
+bool CSqliteZmfFile::ReadSaveGeneration(long long& generation) {
+    Stmt stmt(Prepare("SELECT value FROM zmf_meta WHERE key='save_generation'", "cannot read"));
+    if (!stmt) return false;
+    const int rc = sqlite3_step(stmt.get());
+    if (rc != SQLITE_ROW && rc != SQLITE_DONE) return SetDbError("cannot read"), false;
+    generation = rc == SQLITE_ROW ? sqlite3_column_int64(stmt.get(), 0) : 0;
     return true;
 }
 
@@ -687,18 +696,36 @@ bool CSqliteZmfFile::FlushAll() {
     return ok;
 }
 
+// A save writes only what changed since the model was read (strings, for one),
+// so a save over another program's save would leave a mixture of two models. Every
+// save counts itself in zmf_meta; a write that finds another count than the one
+// read at open is refused, and the file keeps the other program's model.
+bool CSqliteZmfFile::StartWriting(const char* what) {
+    if (!Exec("BEGIN IMMEDIATE", what)) return false;
+    long long stored = 0;
+    if (ReadSaveGeneration(stored) && stored == m_saveGeneration) return true;
+    if (stored != m_saveGeneration)
+        SetError(std::string(what) + ": another program saved the file after it was opened");
+    sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    return false;
+}
+
 bool CSqliteZmfFile::BeginSave() {
-    return Exec("BEGIN IMMEDIATE", "cannot start saving");
+    return StartWriting("cannot start saving");
 }
 
 bool CSqliteZmfFile::CommitSave() {
     const bool wasSaving = IsSaving();
-    if (!wasSaving && !Exec("BEGIN IMMEDIATE", "cannot save")) return false;
+    if (!wasSaving && !StartWriting("cannot save")) return false;
     const bool flushed = FlushAll();
-    if (!PersistBookkeeping() || !Exec("COMMIT", "cannot commit")) {
+    const std::string counted = "INSERT OR REPLACE INTO zmf_meta VALUES ('save_generation', " +
+                                std::to_string(m_saveGeneration + 1) + ")";
+    if (!PersistBookkeeping() || !Exec(counted.c_str(), "cannot save") ||
+        !Exec("COMMIT", "cannot commit")) {
         sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
         return false;
     }
+    ++m_saveGeneration;
     ForEachTable([](CTableBase& t) { t.ClearSizeEstimateDirty(); });
     GetIdentityMgr()->ClearDirty();
     ClearVersionDirty();
@@ -714,7 +741,7 @@ void CSqliteZmfFile::AbandonSave() {
 }
 
 bool CSqliteZmfFile::WriteThrough(CTableBase& table) {
-    if (!Exec("BEGIN IMMEDIATE", "cannot write")) return false;
+    if (!StartWriting("cannot write")) return false;
     if (!table.Flush() || !PersistBookkeeping() || !Exec("COMMIT", "cannot write")) {
         sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
         return false;

@@ -57,9 +57,13 @@ class CSqliteZmfFile final : public CZmfFile {
     bool CheckLength();
     bool PersistBookkeeping();
     bool FlushAll();
+    bool ReadSaveGeneration(long long& generation);
+    bool StartWriting(const char* what);
 
     sqlite3* m_db;  // owned; closed with sqlite3_close_v2 so that late statements are safe
     std::unordered_set<std::string> m_existing;  // catalogue tables present in the file
     // Added columns that the stored tables lack, by table name.
     std::unordered_map<std::string, std::unordered_set<std::string>> m_lacking;
+    // Saves of the file so far, as this connection last read or wrote it; see StartWriting.
+    long long m_saveGeneration = 0;
 };

@@ -41,7 +41,14 @@ std::string Load(const std::string& path) {
     return "";
 }
 
-// Every call of every kind fails in turn, over a save and over a load.
+// Every call of every kind fails in turn, over a save and over a load. The
+// sanitizer build, ten times slower, fails every fifth call; the release build every one.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr int kStep = 5;
+#else
+constexpr int kStep = 1;
+#endif
+
 TEST_F(FaultTest, EveryFailingCallIsReportedAndLosesNothing) {
     for (const bool saving : {true, false}) {
         // A load writes nothing.
@@ -51,7 +58,7 @@ TEST_F(FaultTest, EveryFailingCallIsReportedAndLosesNothing) {
                    : std::vector{EFault::Read, EFault::Lock, EFault::Open};
         for (const EFault kind : kinds) {
             int fired = 0;
-            for (int n = 1;; ++n) {
+            for (int n = 1;; n += kStep) {
                 Reset();
                 std::string error;
                 {
@@ -94,17 +101,16 @@ TEST_F(FaultTest, ReadOnlyFileLoadsButRefusesToSave) {
 
 // Two processes save the same file at once: each save is whole (the last one wins,
 // or the other is refused with a clear error), the file is never a mixture.
-// Disabled: today both saves succeed and the file can end up a mixture of the two
-// models (docs/reliability.md, open findings); run with --gtest_also_run_disabled_tests.
-TEST_F(FaultTest, DISABLED_TwoProcessesSavingOneFile) {
+TEST_F(FaultTest, TwoProcessesSavingOneFile) {
     const std::string other = s_dir->File("other.zmf");
     CopyFile(Before(), other);
     ASSERT_EQ(EditAndSave(other, 2), "");
     for (int round = 0; round < 6; ++round) {
         Reset();
-        int start[2], report[2];
+        int start[2], report[2], ready[2];
         ASSERT_EQ(pipe(start), 0);
         ASSERT_EQ(pipe(report), 0);
+        ASSERT_EQ(pipe(ready), 0);
         pid_t children[2];
         for (int variant : {1, 2}) {
             children[variant - 1] = fork();
@@ -113,6 +119,8 @@ TEST_F(FaultTest, DISABLED_TwoProcessesSavingOneFile) {
                 std::string error;
                 auto model = CModelFile::Open(Work(), &error);
                 if (model) EditModel(*model, variant);
+                // Both hold the model as it was before either saves.
+                if (write(ready[1], "r", 1) != 1) _exit(3);
                 char go;
                 if (read(start[0], &go, 1) != 1) _exit(3);
                 if (model) error = SaveEdit(*model);
@@ -123,6 +131,11 @@ TEST_F(FaultTest, DISABLED_TwoProcessesSavingOneFile) {
         }
         close(start[0]);
         close(report[1]);
+        close(ready[1]);
+        char both[2];
+        for (ssize_t got = 0, n; got < 2 && (n = read(ready[0], both + got, 2 - got)) > 0;)
+            got += n;
+        close(ready[0]);
         const char go[2] = {1, 1};
         ASSERT_EQ(write(start[1], go, 2), 2);
         close(start[1]);
