@@ -46,8 +46,8 @@ long PeakKilobytesOfSelf() {
 }
 
 [[maybe_unused]] const bool kProbe = [] {
-    if (const char* spec = std::getenv(kProbeVariable)) {
-        const std::string text(spec);
+    if (const char* probe = std::getenv(kProbeVariable)) {
+        const std::string text(probe);
         const auto bar = text.find('|');
         std::string error;
         auto model = tessmeta::CModelFile::Open(text.substr(0, bar), &error);
