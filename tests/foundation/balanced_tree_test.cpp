@@ -43,28 +43,6 @@ void CaptureTrace(const char* text) {
 
 static_assert(CBTreeNode::red == 1 && CBTreeNode::black == 2);
 
-TEST(BalancedTree, NodeDefaultsAndSentinels) {
-    CBTreeNode node;
-    EXPECT_EQ(node.GetLeft(), &node);
-    EXPECT_EQ(node.GetRight(), &node);
-    EXPECT_FALSE(node.IsRed());
-    EXPECT_EQ(node.GetKey(), -1);
-    EXPECT_EQ(node.GetInfo(), nullptr);
-    EXPECT_EQ(node.GetDeleted(), 0);
-
-    CBalancedTree tree;
-    EXPECT_EQ(tree.GetHead(), nullptr);
-    tree.Init();
-    CBTreeNode* z = tree.GetZ();
-    EXPECT_EQ(tree.GetHead()->GetKey(), -1);
-    EXPECT_EQ(tree.GetHead()->GetLeft(), z);
-    EXPECT_EQ(tree.GetHead()->GetRight(), z);
-    EXPECT_EQ(z->GetLeft(), z);
-    tree.Insert(4, P(1));
-    tree.Init();  // a second Init starts over
-    EXPECT_EQ(tree.GetFirst(4), nullptr);
-}
-
 // Ascending 1..7, counted by hand: 3, 5 and 7 each land under a red parent on a
 // straight right path: one split and one single rotation each.
 // Final shape: 2B(1B, 4R(3B, 6B(5R, 7R))).

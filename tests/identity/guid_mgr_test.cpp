@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <string>
+#include <tuple>
 
 #include "identity/guid_text.h"
 #include "identity_test_util.h"
@@ -154,17 +156,12 @@ TEST(GuidMgr, RoundTripThroughAModelFile) {
     for (size_t i = 0; i < rows.size(); ++i) {
         SCOPED_TRACE(i);
         const auto &a = rows[i], &b = saved[i];
-        EXPECT_EQ(b.Unique_Object_ID, a.Unique_Object_ID);
-        EXPECT_EQ(b.Object_Type_ID, a.Object_Type_ID);
-        EXPECT_EQ(b.Model_ID, a.Model_ID);
-        EXPECT_EQ(b.Object_Domain_ID, a.Object_Domain_ID);
-        EXPECT_EQ(b.Plex_ID_1, a.Plex_ID_1);
-        EXPECT_EQ(b.Plex_ID_2, a.Plex_ID_2);
-        EXPECT_EQ(b.Creation_Time, a.Creation_Time);
-        EXPECT_EQ(b.Repository_Status, a.Repository_Status);
-        EXPECT_EQ(b.Reserved, a.Reserved);
-        EXPECT_STREQ(b.Object_GUID, a.Object_GUID);
-        EXPECT_STREQ(b.Version_GUID, a.Version_GUID);
+        const auto columns = [](const CUniqueObjectBase& r) {
+            return std::tuple(r.Unique_Object_ID, r.Object_Type_ID, r.Model_ID, r.Object_Domain_ID,
+                              r.Plex_ID_1, r.Plex_ID_2, r.Creation_Time, r.Repository_Status,
+                              r.Reserved, std::string(r.Object_GUID), std::string(r.Version_GUID));
+        };
+        EXPECT_EQ(columns(b), columns(a));
         if (i == 3) {  // a zero date became the time of the first save
             const DATE now = COleDateTime(before).m_dt;
             EXPECT_NEAR(b.Modification_Date.GetValue().m_dt, now, 10.0 / 86400);

@@ -141,11 +141,6 @@ TEST(StringUsageTypes, BuiltInListIdsAndAccessors) {
                                          : stem,
                   name);
     }
-    EXPECT_EQ(ns.GetEntityNameUsageId(), 1);
-    EXPECT_EQ(ns.GetDisLblSUsageId(), 6);
-    EXPECT_EQ(ns.GetDefaultUsageId(), 63);
-    EXPECT_EQ(ns.GetDbPackageBodyValueUsageId(), 88);
-    EXPECT_EQ(ns.GetDictLibValueUsageId(), 94);
     EXPECT_EQ(ns.GetDefaultConstraintNameUsageId(), 121);
     EXPECT_EQ(ns.GetStringUsageTypeId(CString("Column Name")), 15);
     EXPECT_EQ(ns.GetStringUsageTypeId("entity name"), 0);

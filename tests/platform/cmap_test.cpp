@@ -53,29 +53,6 @@ TEST(CMapTest, EntriesLandInHashModuloBucketsAndIterateInBucketOrder) {
     EXPECT_EQ(CMapHashKey(CString("abc")), 108966u);
 }
 
-TEST(CMapTest, SetAtReplacesLookupsAndRemoval) {
-    UlongMap map;
-    ULONG v = 7;
-    EXPECT_FALSE(map.Lookup(1, v));
-    EXPECT_EQ(v, 7u);
-    EXPECT_FALSE(map.RemoveKey(1));
-    EXPECT_EQ(map.GetStartPosition(), nullptr);
-
-    map.SetAt(1, 10);
-    map.SetAt(1, 11);
-    EXPECT_EQ(map.GetCount(), 1);
-    EXPECT_TRUE(map.Lookup(1, v));
-    EXPECT_EQ(v, 11u);
-    map[2] += 5;  // inserts a zero value first
-    EXPECT_EQ(map.PLookup(2)->value, 5u);
-    map.PLookup(2)->value = 6;
-    EXPECT_EQ(map[2], 6u);
-    EXPECT_FALSE(map.RemoveKey(3));
-    EXPECT_TRUE(map.RemoveKey(1));
-    EXPECT_FALSE(map.RemoveKey(1));
-    EXPECT_EQ(map.GetSize(), 1);
-}
-
 TEST(CMapTest, EmptyingFreesEntriesButKeepsTheBucketCount) {
     CMap<ULONG, ULONG, Counted, const Counted&> map;
     map.InitHashTable(5, FALSE);

@@ -95,32 +95,6 @@ TEST(Catalogue, StringIdColumnsAreMarked) {
     EXPECT_EQ(typeOf("UniqueObject", "Modification_Date"), EZmfColumnType::Date);
 }
 
-TEST(Catalogue, RowClassesExposeColumnsAsFields) {
-    CReference_ValueBase ref(5);
-    EXPECT_EQ(ref.Reference_Value_ID, 5u);
-    ref.Dictionary_Object_ID = 9;
-    ref.IsRange = -1;
-    EXPECT_EQ(ref.GetTechKey(), 5u);
-    ref.SetTechKey(6);
-    EXPECT_EQ(ref.Reference_Value_ID, 6u);
-    EXPECT_EQ(ref.HasTechKey(), 1);
-
-    // A table whose key is not a technical key keeps the base defaults.
-    CLargeStringBase large(44);
-    EXPECT_EQ(large.HasTechKey(), 0);
-    EXPECT_EQ(large.GetTechKey(), 0u);
-    large.SetTechKey(3);
-    EXPECT_EQ(large.String_ID, 44u);
-    EXPECT_EQ(large.Hash(), 44u);
-
-    CUniqueObjectBase a(3), b(3), c(4);
-    EXPECT_TRUE(a.MatchKey(&b));
-    EXPECT_FALSE(a.MatchKey(&c));
-    EXPECT_LT(a.Compare(&c), 0);
-    EXPECT_GT(c.Compare(&a), 0);
-    EXPECT_EQ(a.Compare(&b), 0);
-}
-
 TEST(Catalogue, CopyTakesEveryColumnButNotTheListSlot) {
     for (const SZmfTableDesc* t : zmf::AllTables()) {
         auto source = MakeRow(*t, 77, 5);
