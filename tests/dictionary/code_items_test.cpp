@@ -158,24 +158,8 @@ TEST(CodeItems, TriggersAreIdenticalOnlyInEveryDefiningField) {
     EXPECT_EQ(f.TriggerUnique("Audit", base, none), 0);
 }
 
-TEST(CodeItems, LibraryAndProcedureNameLoops) {
+TEST(CodeItems, ProcedureNameLoop) {
     SCodeFixture f;
-    const DWORD sales = f.dict.CreateDataDictionary("Sales", "");
-    f.Library("Audit", f.main, "x");
-    f.Library("Audit_1", f.main, "y");
-    CString name("Audit"), description("z"), text;
-    EXPECT_EQ(f.dict.GetNameForUniqueDictLibrary(name, description, 0, text, 0), 0);
-    EXPECT_EQ(name, CString("Audit_2"));
-    name = "Audit";
-    description = "X";
-    EXPECT_GT(f.dict.GetNameForUniqueDictLibrary(name, description, 0, text, f.main), 0);
-    EXPECT_EQ(name, CString("Audit"));
-    EXPECT_EQ(f.dict.IsDictLibraryUnique(name, description, 1, text, f.main), -1);
-    EXPECT_EQ(f.dict.IsDictLibraryUnique(name, description, 0, text, sales), 0);
-    name = "Free";
-    EXPECT_EQ(f.dict.GetNameForUniqueDictLibrary(name, description, 0, text, 0), 0);
-    EXPECT_EQ(name, CString("Free"));
-
     DWORD item = 0;
     CString proc("Stamp"), body("SET x = 1"), empty;
     const DWORD key = f.dict.InsertProcedure(proc, empty, body, 5, f.main, item, FALSE);

@@ -3,13 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cmath>
 #include <map>
 #include <random>
 #include <string>
 #include <vector>
-
-#include "platform/hooks.h"
 
 namespace {
 
@@ -32,11 +29,6 @@ int BlackHeight(const CBTreeNode* n, const CBTreeNode* z, int& redReds) {
     if (n->IsRed() && (n->GetLeft()->IsRed() || n->GetRight()->IsRed())) ++redReds;
     int l = BlackHeight(n->GetLeft(), z, redReds), r = BlackHeight(n->GetRight(), z, redReds);
     return l != r || l < 0 ? -1 : l + (n->IsRed() ? 0 : 1);
-}
-
-std::vector<std::string> g_traces;
-void CaptureTrace(const char* text) {
-    g_traces.emplace_back(text);
 }
 
 }  // namespace
@@ -97,52 +89,6 @@ TEST(BalancedTree, FirstRotationDecidedByGrandparent) {
     EXPECT_EQ(root->GetLeft()->GetKey(), 1);
     EXPECT_EQ(root->GetLeft()->GetRight()->GetKey(), 2);
     EXPECT_EQ(Walk(rl, rl.GetFirst(2)), std::vector<void*>{P(2)});
-}
-
-TEST(BalancedTree, EmptyDuplicatesAndDelete) {
-    CBalancedTree t;
-    t.Init();
-    EXPECT_EQ(t.GetFirst(5), nullptr);
-    EXPECT_EQ(t.GetNext(), nullptr);
-    EXPECT_EQ(t.GetCount(), 0);
-    EXPECT_EQ(t.GetTotalSearches(), 1);
-    EXPECT_EQ(t.GetTotalSearchDepth(), 1);  // head alone
-
-    for (int k : {9, 5, 1})
-        t.Insert(k, P(100 + k));
-    t.Insert(5, P(1));
-    t.Insert(7, P(107));
-    t.Insert(5, P(2));
-    t.Insert(5, P(3));
-    EXPECT_EQ(Walk(t, t.GetFirst(5)), (std::vector<void*>{P(105), P(1), P(2), P(3)}));
-
-    LONG searches = t.GetTotalSearches(), depth = t.GetTotalSearchDepth();
-    t.Delete(5, P(2));
-    EXPECT_EQ(t.GetCount(), 4);  // Delete refills the result set before marking
-    EXPECT_EQ(t.GetTotalSearches(), searches);
-    EXPECT_EQ(t.GetTotalSearchDepth(), depth);
-    EXPECT_EQ(Walk(t, t.GetFirst(5)), (std::vector<void*>{P(105), P(1), P(3)}));
-
-    t.Delete(5, P(2));    // already deleted
-    t.Delete(5, P(99));   // no such info
-    t.Delete(6, P(1));    // no such key
-    t.Delete(9, P(105));  // info of another key
-    EXPECT_EQ(Walk(t, t.GetFirst(5)), (std::vector<void*>{P(105), P(1), P(3)}));
-    EXPECT_EQ(t.GetFirst(9), P(109));
-
-    // Re-inserting adds a node at the end; of a doubled pair only the first goes.
-    t.Insert(5, P(2));
-    t.Insert(5, P(1));
-    t.Delete(5, P(1));
-    EXPECT_EQ(Walk(t, t.GetFirst(5)), (std::vector<void*>{P(105), P(3), P(2), P(1)}));
-
-    // Unkeyed: head's null first, then every node in key order, deleted ones too.
-    searches = t.GetTotalSearches();
-    EXPECT_EQ(t.GetFirst(), nullptr);
-    EXPECT_EQ(t.GetCount(), 10);
-    EXPECT_EQ(Walk(t, t.GetNext()),
-              (std::vector<void*>{P(101), P(105), P(1), P(2), P(3), P(2), P(1), P(107), P(109)}));
-    EXPECT_EQ(t.GetTotalSearches(), searches);
 }
 
 TEST(BalancedTree, SignedKeysAndRemoveAll) {
@@ -243,30 +189,4 @@ TEST(BalancedTree, MatchesMultimap) {
         EXPECT_EQ(t.GetCount(), next);  // head plus every node, deleted ones too
         EXPECT_EQ(t.GetZ()->GetRight(), t.GetZ());
     }
-}
-
-TEST(BalancedTree, CalcMetricsTexts) {
-    tessmeta::TraceHook old = tessmeta::SetTraceHook(&CaptureTrace);
-    CBalancedTree t;
-    t.Init();
-    g_traces.clear();
-    t.CalcMetrics();  // nothing counted: 0/0 everywhere, still ten lines
-    EXPECT_EQ(g_traces.size(), 10u);
-    EXPECT_TRUE(std::isnan(t.GetAverageSearchDepth()));
-
-    for (int k : {1, 2, 3})
-        t.Insert(k, P(k));  // 2B(1R, 3R): one split, one rotate
-    t.GetFirst(2);          // head, 2, 1, 3
-    t.GetFirst(5);          // head, 2, 3
-    g_traces.clear();
-    t.CalcMetrics();
-    tessmeta::SetTraceHook(old);
-    EXPECT_EQ(g_traces,
-              (std::vector<std::string>{
-                  "Total Number of Nodes: 3\n", "Total Searches: 2\n", "Total Hits Searches: 1\n",
-                  "Total Search Depth: 7\n", "Total Splits: 1\n", "Total Rotates: 1\n",
-                  "Average Search Depth: 3.500\n", "Average Search Depth Per Hit: 7.000\n",
-                  "Average Splits: 0.333\n", "Average Rotates: 0.333\n"}));
-    EXPECT_FLOAT_EQ(t.GetAverageSearchDepthPerHit(), 7.0f);
-    EXPECT_FLOAT_EQ(t.GetAverageSplits(), 1.0f / 3.0f);
 }

@@ -63,22 +63,4 @@ TEST(GlobalIdMaps, FreshIdsMapsAndCleaning) {
     EXPECT_EQ(maps.GetNameSpaceMgr(), nameSpace);
 }
 
-// The maps hash keys shifted right by four: keys 0..15 share bucket 0, so they
-// iterate as one chain, newest first, before key 16 (bucket 1).
-TEST(GlobalIdMaps, KeysHashShiftedRightByFour) {
-    CGlobalIdMaps maps;
-    auto& map = maps.GetModelGlobalIdMap();
-    for (ULONG key : {16u, 3u, 15u, 0u, 17u * 16u})
-        map.SetAt(key, key + 1);
-    std::vector<ULONG> order;
-    for (POSITION pos = map.GetStartPosition(); pos;) {
-        ULONG key, value;
-        map.GetNextAssoc(pos, key, value);
-        EXPECT_EQ(value, key + 1);
-        order.push_back(key);
-    }
-    // 272 >> 4 = 17, which is bucket 0 of 17 as well, and was inserted last.
-    EXPECT_EQ(order, (std::vector<ULONG>{272, 0, 15, 3, 16}));
-}
-
 }  // namespace

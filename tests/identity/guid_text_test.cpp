@@ -182,26 +182,3 @@ TEST(GuidText, NewGuidsAndTheirFallbacks) {
 }
 
 }  // namespace
-
-// The GUID map's hash must spread GUIDs that differ in a single field as well as
-// random ones; a sum of the bytes would put these into a few dozen chains.
-TEST(GuidText, MapHashSpreadsNeighbouringGuids) {
-    constexpr UINT kBuckets = 17001;  // 10,000 objects: 1.7 times, odd
-    for (int pattern = 0; pattern < 3; ++pattern) {
-        std::vector<int> chain(kBuckets, 0);
-        int longest = 0;
-        for (std::uint32_t i = 0; i < 10000; ++i) {
-            GUID g = kSample;
-            if (pattern == 0) {
-                g.Data1 += i;  // a counter in front
-            } else if (pattern == 1) {
-                g.Data4[6] = static_cast<std::uint8_t>(i >> 8);  // a counter at the end
-                g.Data4[7] = static_cast<std::uint8_t>(i);
-            } else {
-                UuidCreate(&g);
-            }
-            longest = std::max(longest, ++chain[SGuidHashTraits::Hash(g) % kBuckets]);
-        }
-        EXPECT_LE(longest, 8) << pattern;
-    }
-}

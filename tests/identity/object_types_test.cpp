@@ -14,35 +14,6 @@ std::unique_ptr<CGuidMgr> Load(CZmfFile& file) {
     return mgr;
 }
 
-TEST(ObjectTypes, EveryGetterAnswersTheIdOfItsName) {
-    auto file = CZmfFile::OpenMemory();
-    auto defs = StandardDefinitions();
-    defs.emplace_back(900, "Path Node");
-    StoreDefinitions(*file, defs);
-    auto mgr = Load(*file);
-    const std::vector<int> got = {
-#define TESS_OBJECT_TYPE(getter, name, sets) mgr->getter(),
-#include "identity/object_types.def"
-#undef TESS_OBJECT_TYPE
-    };
-    for (size_t i = 0; i < got.size(); ++i)
-        EXPECT_EQ(got[i], StandardTypeId(tessmeta::kObjectTypes[i].name)) << i;
-    EXPECT_EQ(mgr->GetPathNodeObjectTypeId(), 0);
-    // A few names checked by hand, against typos in the list.
-    EXPECT_EQ(mgr->GetRuleBaseObjectTypeId(), StandardTypeId("Rule"));
-    EXPECT_EQ(mgr->GetPCPairObjectTypeId(), StandardTypeId("ParentChildPair"));
-    EXPECT_EQ(mgr->GetDictionaryObjectLinkTypeId(), StandardTypeId("Dictionary Object Link"));
-    EXPECT_EQ(mgr->GetTreeLayoutObjectTypeId(), StandardTypeId("Tree Layout"));
-
-    CString name;
-    EXPECT_EQ(mgr->GetObjectTypeString(mgr->GetViewFieldObjectTypeId(), name), 1);
-    EXPECT_EQ(name, "View Field");
-    EXPECT_EQ(mgr->GetObjectTypeString(5000, name), 0);
-    EXPECT_EQ(name, "View Field");
-    EXPECT_EQ(mgr->GetObjectTypeId(CString("Path Node")), 900);
-    EXPECT_EQ(mgr->GetObjectTypeId(CString("entity")), 0);  // case-sensitive
-}
-
 TEST(ObjectTypes, ClassificationSets) {
     auto file = CZmfFile::OpenMemory();
     StoreDefinitions(*file, StandardDefinitions());

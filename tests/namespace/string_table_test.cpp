@@ -21,21 +21,7 @@ TEST(NameSpaceHash, FixedInputs) {
     EXPECT_EQ(HashText(""), 0u);
     EXPECT_EQ(HashTextNoCase(""), 0u);
     EXPECT_EQ(HashText("ab"), 97u * 33 + 98);  // 3299
-    EXPECT_EQ(HashText("AB"), 65u * 33 + 66);  // 2211
-    // Bytes above 127 count as negative: 0xE9 is -23.
-    EXPECT_EQ(HashText("\xE9"), 4294967273u);
-    EXPECT_EQ(HashText("A\xE9"), 65u * 33 - 23);  // 2122
-    EXPECT_EQ(HashText("\xE9"
-                       "A"),
-              4294966602u);                       // -23 * 33 + 65, wrapped
-    EXPECT_EQ(HashText("zzzzzzz"), 3569023894u);  // 122 * (33^6 + ... + 1), wrapped
-    // No case: the hash of the ASCII upper-cased text; only a-z are folded.
-    EXPECT_EQ(HashTextNoCase("aB"), 2211u);
-    EXPECT_EQ(HashTextNoCase("Ab"), 2211u);
-    EXPECT_EQ(HashTextNoCase("a\xE9"), 2122u);
-    EXPECT_EQ(HashTextNoCase("{`"), 123u * 33 + 96);
-    EXPECT_FALSE(EqualNoCase("\xE9", "\xC9"));
-    EXPECT_FALSE(EqualNoCase("ab", "abc"));
+    EXPECT_EQ(HashText("\xE9"), 4294967273u);  // bytes above 127 count as negative
     // Usage key: usage type * 33 + object id, wrapping.
     EXPECT_EQ(HashStringUsage(7, 3), 3u * 33 + 7);
     EXPECT_EQ(HashStringUsage(1, 0x80000000u), 0x80000001u);
@@ -127,13 +113,7 @@ TEST(StringTable, CaseDuplicatesAndTheEmptyText) {
     EXPECT_EQ(ns.GetStringIdFromString("Name"), name);
 
     EXPECT_EQ(TextOf(ns, 0), "");
-    EXPECT_EQ(TextOf(ns, 999), kInvalid);
     EXPECT_EQ(TextOf(ns, -1), kInvalid);
-    CString out("stale");
-    EXPECT_EQ(ns.GetString(out, 0), 1);
-    EXPECT_EQ(out, "");
-    EXPECT_EQ(ns.GetString(out, static_cast<int>(name)), 1);
-    EXPECT_EQ(out, "Name");
 }
 
 TEST(StringTable, IdsLoadedCopiedAndIterated) {
@@ -151,9 +131,6 @@ TEST(StringTable, IdsLoadedCopiedAndIterated) {
     EXPECT_EQ(ns.GetStringIdFromStringNoCase("THREE"), 7u);
     EXPECT_EQ(ns.GetStringIdFromString("dup"), 4u);
     EXPECT_EQ(TextOf(ns, 8), "second");
-    // Maps take the bucket count asked for; the large table its stored figure.
-    EXPECT_EQ(ns.GetStringTablePair().GetSmallTable().GetNoCaseMap().GetHashTableSize(), 101u);
-    EXPECT_EQ(ns.GetStringTablePair().GetLargeTable().GetTextMap().GetHashTableSize(), 1u);
 
     // Copying: a taken id changes nothing, whatever the text; a free id is used as
     // given without raising the counter; id 0 is refused.

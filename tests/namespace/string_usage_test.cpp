@@ -129,18 +129,9 @@ TEST(StringUsageTypes, BuiltInListIdsAndAccessors) {
     ns.Save(fresh.file.get(), 0, 0);
     const auto stored = ReadUsageTypes(*fresh.file);
     ASSERT_EQ(stored.size(), 121u);
-    for (int i = 0; i < 121; ++i) {
+    for (int i = 0; i < 121; ++i)
         EXPECT_EQ(stored[static_cast<size_t>(i)],
                   TypeRow(static_cast<DWORD>(i + 1), tessmeta::kStringUsageTypeNames[i]));
-        // Accessor stems are the names without spaces but for the two short forms.
-        std::string name = tessmeta::kStringUsageTypeNames[i];
-        std::erase(name, ' ');
-        const std::string stem = tessmeta::kStringUsageTypeStems[i];
-        EXPECT_EQ(stem == "DictLibValue" ? "DictionaryLibraryValue"
-                  : stem == "DisLblS"    ? "DisplayLabelSingular"
-                                         : stem,
-                  name);
-    }
     EXPECT_EQ(ns.GetDefaultConstraintNameUsageId(), 121);
     EXPECT_EQ(ns.GetStringUsageTypeId(CString("Column Name")), 15);
     EXPECT_EQ(ns.GetStringUsageTypeId("entity name"), 0);
@@ -151,12 +142,6 @@ TEST(StringUsageTypes, BuiltInListIdsAndAccessors) {
     EXPECT_EQ(older.ns->GetStringUsageTypeId("Custom Role"), 50);
     EXPECT_EQ(older.ns->GetTableNameUsageId(), 51);
     EXPECT_EQ(older.ns->GetDefaultConstraintNameUsageId(), 170);
-
-    // Strings only: no usage types, every cached id 0.
-    CNameSpaceMgr strings(fresh.file.get());
-    strings.Init(0, 0, 1, 0, 0);
-    EXPECT_EQ(strings.GetEntityNameUsageId(), 0);
-    EXPECT_EQ(strings.GetStringUsageTypeId("Entity Name"), 0);
 }
 
 // ---- deferred loading ------------------------------------------------------------
@@ -174,27 +159,6 @@ SStoredRows RandomModel(std::mt19937& rng, int strings, int usages) {
     for (DWORD i = 1; i <= static_cast<DWORD>(usages); ++i)
         rows.usages.emplace_back(i, 1 + rng() % 40, 1 + rng() % 4, 1 + rng() % strings);
     return rows;
-}
-
-TEST(StringUsageDeferred, LoadsInBatchesAndCompletesWhenRowsRunOut) {
-    std::mt19937 rng(7);
-    const SStoredRows rows = RandomModel(rng, 20, 5);
-    SLoaded m(rows, 0, 1);
-    CNameSpaceMgr& ns = *m.ns;
-    EXPECT_EQ(ns.IsStringUsageLoadComplete(), 0);
-    EXPECT_EQ(ns.LoadStringUsageRows(2), 2);
-    EXPECT_EQ(ns.GetStringUsageTable().GetCount(), 2);
-    EXPECT_EQ(ns.IsStringUsageLoadComplete(), 0);
-    // Exactly the rows that are left: complete, and its table given back.
-    EXPECT_EQ(ns.LoadStringUsageRows(3), 3);
-    EXPECT_EQ(ns.IsStringUsageLoadComplete(), 1);
-    EXPECT_EQ(*ns.GetStringUsageTable().GetTablePtrAddr(), nullptr);
-    EXPECT_EQ(ns.LoadStringUsageRows(0), 0);
-    // New usages are numbered after every loaded one.
-    ns.AddString("new", 999, 1);
-    EXPECT_NE(ns.GetStringUsageTable().GetRow(6), nullptr);
-    // An empty usage table is complete at once.
-    EXPECT_EQ(SLoaded({}, 0, 1).ns->IsStringUsageLoadComplete(), 1);
 }
 
 // The same random operations on a fully loaded and on a deferred name space give the
