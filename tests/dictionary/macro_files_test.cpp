@@ -129,25 +129,6 @@ TEST(MacroFiles, AMissingFileIsReportedAndSkipped) {
     EXPECT_EQ(name, CString("SSInsTrigger"));
     EXPECT_EQ(event, 1u);
     EXPECT_FALSE(f.dict.FindSystemTrigger("SSDelTrigger", text));
-
-    // A folder where a file should be is no file either.
-    std::filesystem::create_directory(f.dir.File("SSDelTrig.bas"));
-    f.output.Clear();
-    f.dict.InsertSystemTriggers(1, newIds);
-    EXPECT_EQ(f.output.MessageBoxes().size(), 1u);
-    EXPECT_EQ(newIds.GetCount(), 2);
-}
-
-TEST(MacroFiles, OtherPlatformCodesDoNothing) {
-    SMacroFixture f(1);
-    for (int platform : {0, 4, -1}) {
-        CList<DWORD, DWORD> newIds;
-        EXPECT_TRUE(f.dict.InsertSystemTriggerLibs(platform, newIds));
-        EXPECT_TRUE(f.dict.InsertSystemTriggers(platform, newIds));
-        EXPECT_TRUE(newIds.IsEmpty());
-    }
-    EXPECT_EQ(f.dict.GetLibraryCount() + f.dict.GetTriggerCount(), 0);
-    EXPECT_TRUE(f.output.MessageBoxes().empty());
 }
 
 TEST(MacroFiles, NamesMatchExactlyInEveryDataDictionary) {

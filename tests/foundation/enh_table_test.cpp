@@ -269,36 +269,6 @@ TEST(EnhTable, InsertFormsCallTheServicesAsStated) {
     EXPECT_EQ(bare->GetRow(k2)->Value, 4u);
 }
 
-TEST(EnhTable, UpdateAndTextAccessors) {
-    auto file = CZmfFile::OpenMemory();
-    CFakeServices fake;
-    auto table = Load(*file, 0, &fake, &fake);
-    const ULONG key =
-        table->Insert(1, CString("a"), CString("b"), CString("c"), CString("d"), 0, 0);
-    table->Insert(1, CString("e"), CString("f"), CString("g"), CString("h"), 0, 0);
-
-    CString text;
-    EXPECT_EQ(table->GetText(key, 4, text), 0);
-
-    fake.log.clear();
-    ASSERT_EQ(table->SetText(key, 0, "renamed"), 1);
-    EXPECT_EQ(fake.log, (Log{"AddOrUpdateText(renamed,1000,11)"}));
-    EXPECT_EQ(table->GetText(table->GetRow(key), 0, text), 1);
-    EXPECT_EQ(text, "renamed");
-    EXPECT_EQ(table->SetText(99, 0, "x"), 0);
-
-    // Update moves the row to its new foreign key and leaves the usages alone.
-    fake.log.clear();
-    EXPECT_EQ(table->Update(99, 2, 1, 1, 1, 1), 0);
-    ASSERT_EQ(table->Update(key, 2, 7, 8, 9, 10), 1);
-    EXPECT_TRUE(fake.log.empty());
-    EXPECT_EQ(table->GetRow(key)->Description, 9u);
-    EXPECT_EQ(FKUniqueIds(*table, 1), (std::vector<ULONG>{1001}));
-    EXPECT_EQ(FKUniqueIds(*table, 2), (std::vector<ULONG>{1000}));
-    ASSERT_EQ(table->Delete(key), 1);
-    EXPECT_EQ(FKUniqueIds(*table, 2), std::vector<ULONG>{});
-}
-
 TEST(EnhTable, DeleteReleasesTextsThenObjectAndEmptiesTheKeyMap) {
     auto file = CZmfFile::OpenMemory();
     Store(*file, {StoredRow(4, 1, 400)}, 5);
@@ -347,27 +317,6 @@ TEST(EnhTable, DeleteAllFKRowsDeletesInIndexOrder) {
     EXPECT_EQ(ListKeys(*table), (std::vector<ULONG>{2}));
     EXPECT_EQ(FKUniqueIds(*table, 7), std::vector<ULONG>{});
     EXPECT_EQ(FKUniqueIds(*table, 8), (std::vector<ULONG>{102}));
-}
-
-TEST(EnhTable, PlainSaveWritesListOrderAndReportsTheLastInsert) {
-    auto file = CZmfFile::OpenMemory();
-    Store(*file, {StoredRow(1, 1, 0), StoredRow(2, 1, 0), StoredRow(3, 1, 0)});
-    auto table = Load(*file);
-    table->Delete(2);
-    table->Insert(1, 0u, 0u, 0u, 0u, 0, 9);
-
-    CTableBase* stored = file->GetTable("Storage_Object");
-    stored->FailInsertCalls({2});  // a failure in the middle does not stop the loop
-    EXPECT_EQ(table->Save(file.get()), 1);
-    auto rows = StoredColumns(*file);
-    ASSERT_EQ(rows.size(), 2u);
-    EXPECT_EQ(rows[0][0], 1u);
-    EXPECT_EQ(rows[1][0], 9u);
-    EXPECT_EQ(stored->GetSizeEstimate(), 3);
-
-    stored->FailInsertCalls({3});  // the last insert decides
-    EXPECT_EQ(table->Save(file.get()), 0);
-    stored->FailInsertCalls({});
 }
 
 TEST(EnhTable, RoundTripThroughAModelFile) {

@@ -240,27 +240,6 @@ TEST_F(PropertyTest, DeletingAClassOrAnObjectRemovesWhatHangsOffIt) {
     EXPECT_EQ(p.RemoveMetaClassTable(columns, attribute), 0);
 }
 
-TEST_F(PropertyTest, ConfigurationOptionsOfMetaTables) {
-    CPropertyMgr& p = Props();
-    const ULONG option = p.InsertConfigurationOption("Show Properties", "");
-    EXPECT_EQ(p.InsertConfigurationOption("show properties", ""), 0u);
-    EXPECT_EQ(p.SetMetaTableOption(entity, option, "yes"), 1);
-    EXPECT_EQ(p.SetMetaTableOption(entity, option, "no"), 1);
-    EXPECT_EQ(p.SetMetaTableOption(9999, option, "no"), 0);
-    EXPECT_EQ(p.SetMetaTableOption(entity, 9999, "no"), 0);
-    p.SetMetaTableOption(view, option, "yes");
-    CString value = "untouched";
-    EXPECT_EQ(p.GetMetaTableOption(attribute, option, value), 0);
-    EXPECT_EQ(value, "untouched");
-    ASSERT_EQ(p.GetMetaTableOption(entity, option, value), 1);
-    EXPECT_EQ(value, "no");
-    EXPECT_EQ(p.GetMetaTableConfigurationTbl().GetCount(), 2);
-    EXPECT_EQ(p.ClearMetaTableOption(view, option), 1);
-    EXPECT_EQ(p.DeleteConfigurationOption(option), 1);
-    EXPECT_EQ(p.GetMetaTableConfigurationTbl().GetCount(), 0);
-    EXPECT_EQ(p.GetConfigurationOptionId("Show Properties"), 0u);
-}
-
 TEST_F(PropertyTest, EverythingSurvivesSavingAndReopening) {
     TempDir dir;
     CPropertyMgr& p = Props();

@@ -155,27 +155,6 @@ TEST(ViewMetaData, DeletesCascadeToWhatCanNoLongerStand) {
     EXPECT_EQ(views.DeleteViewField(v.fCount), 0);
 }
 
-TEST(ViewMetaData, InsertsRefuseRowsThatPointNowhereOrIntoAnotherView) {
-    auto model = CModelFile::CreateInMemory();
-    CViewMetaDataMgr& views = model->GetViewMetaDataMgr();
-    const SOrdersView a = BuildOrdersView(views, 1), b = BuildOrdersView(views, 1);
-    EXPECT_EQ(views.InsertViewComponent(999, 0, "T", "", 1), 0u);
-    EXPECT_EQ(views.InsertViewField(999, "f", "", 1), 0u);
-    EXPECT_EQ(views.InsertViewColumn(a.view, 999, 0, "x"), 0u);
-    EXPECT_EQ(views.InsertViewColumn(a.view, b.customer, 0, "x"), 0u);
-    EXPECT_EQ(views.InsertViewFieldColumn(a.fName, b.name, 1), 0u);
-    EXPECT_EQ(views.InsertViewFieldColumn(a.fName, 999, 1), 0u);
-    EXPECT_EQ(views.InsertViewFieldColumn(999, a.name, 1), 0u);
-    EXPECT_EQ(views.InsertViewColumnUsage(999, kViewClauseWhere, 1, 0), 0u);
-    EXPECT_EQ(views.InsertViewColumnUsage(a.name, 0, 1, 0), 0u);
-    EXPECT_EQ(views.InsertViewColumnUsage(a.name, 5, 1, 0), 0u);
-    EXPECT_EQ(CountRows(views, a.view), (Counts{2, 4, 4, 5, 5}));
-    EXPECT_EQ(views.UpdateViewColumnUsage(views.GetFirstViewColumnUsageFKRow(a.view)->GetTechKey(),
-                                          7, 1, 0),
-              0);
-    EXPECT_EQ(views.UpdateViewField(999, 1), 0);
-}
-
 TEST(ViewMetaData, TheSelectIsWrittenFromFieldsComponentsAndClauses) {
     auto model = CModelFile::CreateInMemory();
     CViewMetaDataMgr& views = model->GetViewMetaDataMgr();
