@@ -88,38 +88,6 @@ TEST(CodeItems, LibrariesLiveInTheirDictionaryAndGoWithEverything) {
     EXPECT_EQ(name, CString("Audit2"));
 }
 
-TEST(CodeItems, WalksFollowTheRegistryAndTableOrder) {
-    SCodeFixture f;
-    const DWORD a = f.Library("a", f.main), b = f.Library("b", f.main);
-    f.Trigger("t", {});
-    const DWORD c = f.Library("c", f.main);
-    EXPECT_TRUE(f.dict.DeleteLibrary(b));
-    std::vector<DWORD> walked;
-    DWORD key = 0, item = 0;
-    CString name, description, text;
-    int integerField = 0;
-    for (BOOL more = f.dict.GetFirstLibrary(key, name, description, integerField, text, item); more;
-         more = f.dict.GetNextLibrary(key, name, description, integerField, text, item)) {
-        walked.push_back(key);
-        EXPECT_EQ(f.dict.GetLibraryFKRow(item)->Dictionary_Library_ID, key);
-    }
-    EXPECT_EQ(walked, (std::vector<DWORD>{a, c}));
-    walked.clear();
-    for (auto* row = f.dict.GetFirstLibraryRow(); row; row = f.dict.GetNextLibraryRow())
-        walked.push_back(row->Dictionary_Library_ID);
-    EXPECT_EQ(walked, (std::vector<DWORD>{a, c}));
-
-    DWORD first = 0, event = 0, second = 0;
-    ASSERT_TRUE(f.dict.GetFirstTrigger(key, name, description, integerField, first, event, text,
-                                       second, item));
-    EXPECT_EQ(name + "/" + text, CString("t/body"));
-    EXPECT_EQ(first * 100 + event * 10 + second, 123u);
-    EXPECT_FALSE(f.dict.GetNextTrigger(key, name, description, integerField, first, event, text,
-                                       second, item));
-    EXPECT_FALSE(f.dict.GetFirstProcedure(key, name, description, text, first, item));
-    EXPECT_EQ(f.dict.GetFirstProcedureRow(), nullptr);
-}
-
 // Each defining field of a trigger, changed alone, makes the name taken.
 TEST(CodeItems, TriggersAreIdenticalOnlyInEveryDefiningField) {
     SCodeFixture f;

@@ -77,37 +77,12 @@ TEST(GuidText, StoredFormIsTheRuntimeTextWithoutDashesAndNilIsEmpty) {
     }
 }
 
-TEST(GuidText, AcceptedAndRejectedForms) {
-    GUID g{};
-    EXPECT_TRUE(GuidFromText("0123456789abcdeffedcba9876543210", g));
-    EXPECT_EQ(g, kSample);
-    g = {};
-    EXPECT_TRUE(GuidFromText("01234567-89AB-CDEF-FEDC-BA9876543210", g));
-    EXPECT_EQ(g, kSample);
-    g = {};
-    EXPECT_TRUE(GuidFromText("0123456789ABCDEFFEDCBA9876543210", g));
-    EXPECT_EQ(g, kSample);
-
-    // Every rejection leaves the target as it was.
-    // Every rejection leaves the target as it was. (Random near-misses follow.)
-    for (const char* bad :
-         {"", "0123456789abcdeffedcba987654321", "0123456789abcdeffedcba98765432g0",
-          "0123456789abcdeffedcba987654321-",      // 32 with a dash
-          "012345678-9ab-cdef-fedc-ba9876543210",  // dashes misplaced
-          "{01234567-89ab-cdef-fedc-ba9876543210}"}) {
-        GUID target = kOther;
-        EXPECT_FALSE(GuidFromText(bad, target)) << bad;
-        EXPECT_EQ(target, kOther) << bad;
-    }
-    GUID target = kOther;
-    EXPECT_FALSE(GuidFromText(std::string_view("0123456789abcdef\0edcba9876543210", 32), target));
-    EXPECT_EQ(target, kOther);
-
-    // Lookups drop dashes wherever they stand, and still need exactly 32 digits.
-    g = {};
+TEST(GuidText, LookupsIgnoreDashes) {
+    // Parsing proper is checked against the runtime below; lookups drop dashes
+    // wherever they stand, and still need exactly 32 digits.
+    GUID g{}, target = kOther;
     EXPECT_TRUE(GuidFromTextIgnoringDashes("-01-23456789abcdeffedcba98765432-10--", g));
     EXPECT_EQ(g, kSample);
-    target = kOther;
     EXPECT_FALSE(GuidFromTextIgnoringDashes("0123456789abcdeffedcba98765432100", target));
     EXPECT_FALSE(GuidFromTextIgnoringDashes("--", target));
     EXPECT_EQ(target, kOther);

@@ -14,36 +14,6 @@ std::unique_ptr<CGuidMgr> Load(CZmfFile& file) {
     return mgr;
 }
 
-TEST(ObjectTypes, ClassificationSets) {
-    auto file = CZmfFile::OpenMemory();
-    StoreDefinitions(*file, StandardDefinitions());
-    auto mgr = Load(*file);
-    int counts[5] = {};
-    for (size_t i = 0; i < tessmeta::kObjectTypeCount; ++i) {
-        const int id = StandardTypeId(tessmeta::kObjectTypes[i].name);
-        counts[0] += mgr->IsObjectDomainRootObject(id);
-        counts[1] += mgr->IsDiagramObject(id);
-        counts[2] += mgr->IsOriginalDataDictionaryObject(id);
-        counts[3] += mgr->IsProgrammableDataDictionaryObject(id);
-        counts[4] += mgr->IsInternalObject(id);
-        EXPECT_NE(mgr->IsDataDictionaryObject(id), mgr->IsDiagObject(id));
-    }
-    EXPECT_EQ((std::vector<int>(counts, counts + 5)), (std::vector<int>{2, 57, 9, 3, 2}));
-
-    const int diagram = mgr->GetDiagramObjectTypeId();
-    EXPECT_TRUE(mgr->IsObjectDomainRootObject(diagram));
-    EXPECT_FALSE(mgr->IsDiagramObject(diagram));
-    EXPECT_FALSE(mgr->IsDiagramObject(mgr->GetDefaultConstraintObjectTypeId()));
-    EXPECT_TRUE(mgr->IsDiagObject(mgr->GetDefaultConstraintObjectTypeId()));
-    const int dictionaryObject = mgr->GetDictionaryObjectTypeId();
-    EXPECT_TRUE(mgr->IsInternalObject(dictionaryObject));
-    EXPECT_TRUE(mgr->IsDataDictionaryObject(dictionaryObject));
-    EXPECT_FALSE(mgr->IsDataDictionaryObject(mgr->GetBoundDictionaryObjObjectTypeId()));
-    EXPECT_TRUE(mgr->IsDataDictionaryObject(mgr->GetDataDictionaryObjectTypeId()));
-    EXPECT_TRUE(mgr->IsDataDictionaryObject(mgr->GetReusableProcObjectTypeId()));
-    EXPECT_TRUE(mgr->IsDiagObject(mgr->GetEntityObjectTypeId()));
-}
-
 // A model that lacks names, numbers types its own way, and repeats names and ids.
 TEST(ObjectTypes, SparseAndRepeatedDefinitions) {
     auto file = CZmfFile::OpenMemory();
