@@ -212,22 +212,6 @@ TEST(Attachments, TypesAreIdenticalOnlyWithTheSameValidTypes) {
     EXPECT_EQ(f.dict.IsAttachmentTypeUnique(name, none, 0, map, sales, true), 0);
 }
 
-TEST(Attachments, AttachmentNamesAreScopedByType) {
-    SAttachmentFixture f;
-    const DWORD a = f.Type("A", f.main), b = f.Type("B", f.main);
-    const DWORD owner = f.Attachment(a, "Owner", nullptr, "Team", 3);
-    CString name("owner"), none, value("TEAM");
-    EXPECT_EQ(f.dict.IsAttachmentUnique(b, name, none, value, 3, true), 0);
-    EXPECT_EQ(f.dict.IsAttachmentUnique(a, name, none, value, 3, true), static_cast<LONG>(owner));
-    EXPECT_EQ(f.dict.IsAttachmentUnique(a, name, none, value, 4, true), -1);
-    EXPECT_EQ(f.dict.IsAttachmentUnique(a, name, none, value, 3, false), -1);
-    f.Attachment(a, "owner_1", nullptr, "other");
-    EXPECT_EQ(f.dict.GetNameForUniqueAttachment(a, name, none, none, 3, true), 0);
-    EXPECT_EQ(name, CString("owner_2"));
-    EXPECT_EQ(f.dict.GetAttachmentRowByName(value = "OWNER", a), f.dict.GetAttachmentRow(owner));
-    EXPECT_EQ(f.dict.GetAttachmentRowByName(value, b), nullptr);
-}
-
 TEST(Attachments, SixTablesSurviveSaveAndReopen) {
     TempDir dir;
     const std::string path = dir.File("attachments.zmf");

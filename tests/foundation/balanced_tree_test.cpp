@@ -57,40 +57,6 @@ TEST(BalancedTree, AscendingStatisticsAndShape) {
     EXPECT_EQ(t.GetTotalSearchDepth(), 6);
 }
 
-// The first rotation follows the grandparent comparison alone. 3,2,1 goes
-// left-left: a zig-zag test would rotate once (root 2); here 1 is rotated over
-// 2 and then over 3, leaving 1B(-, 3R(2R, -)). 1,3,2 bends right-left: a
-// zig-zag test would rotate twice; here once, leaving 3B(1R(-, 2R), -).
-TEST(BalancedTree, FirstRotationDecidedByGrandparent) {
-    CBalancedTree ll;
-    ll.Init();
-    for (int k : {3, 2, 1})
-        ll.Insert(k, P(k));
-    EXPECT_EQ(ll.GetTotalSplits(), 1);
-    EXPECT_EQ(ll.GetTotalRotates(), 2);
-    CBTreeNode* root = ll.GetHead()->GetRight();
-    EXPECT_EQ(root->GetKey(), 1);
-    EXPECT_EQ(root->GetLeft(), ll.GetZ());
-    EXPECT_EQ(root->GetRight()->GetKey(), 3);
-    EXPECT_EQ(root->GetRight()->GetLeft()->GetKey(), 2);
-    int redReds = 0;
-    EXPECT_EQ(BlackHeight(root, ll.GetZ(), redReds), 2);
-    EXPECT_EQ(redReds, 1);
-    EXPECT_EQ(ll.GetFirst(1), P(1));  // head, 1, 3, 2: a zig-zag tree needs 3
-    EXPECT_EQ(ll.GetTotalSearchDepth(), 4);
-
-    CBalancedTree rl;
-    rl.Init();
-    for (int k : {1, 3, 2})
-        rl.Insert(k, P(k));
-    EXPECT_EQ(rl.GetTotalRotates(), 1);
-    root = rl.GetHead()->GetRight();
-    EXPECT_EQ(root->GetKey(), 3);
-    EXPECT_EQ(root->GetLeft()->GetKey(), 1);
-    EXPECT_EQ(root->GetLeft()->GetRight()->GetKey(), 2);
-    EXPECT_EQ(Walk(rl, rl.GetFirst(2)), std::vector<void*>{P(2)});
-}
-
 TEST(BalancedTree, SignedKeysAndRemoveAll) {
     CBalancedTree t;
     t.Init();

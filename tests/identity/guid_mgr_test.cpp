@@ -319,47 +319,4 @@ TEST(GuidMgr, DeleteObjectFollowsTheNewRuleAndCleansTheRepository) {
     EXPECT_TRUE(repo.log.empty());
 }
 
-TEST(GuidMgr, LookupsUpdatesAndIteration) {
-    auto file = ModelWith(TenObjects());
-    auto mgr = Load(*file);
-
-    CString text;
-    LONG type, model, plex1, plex2;
-    // GUIDs by text in either form and case; the object is re-filed.
-    const CString dashed("AAAAAAAA-BBBB-4CCC-8DDD-EEEEEEEEEEEE");
-    EXPECT_TRUE(mgr->UpdateGUIDs(4, dashed, CString("bad")));
-    EXPECT_EQ(Guid(*mgr, 4), "aaaaaaaabbbb4ccc8dddeeeeeeeeeeee");
-    mgr->GetVersionGUID(4, text);
-    EXPECT_EQ(text, GuidTextFor(104).c_str());  // malformed text left it
-    EXPECT_EQ(mgr->GetUniqueObjectID(GuidTextFor(4).c_str()), 0u);
-    EXPECT_EQ(mgr->GetUniqueObjectID(dashed), 4u);
-    EXPECT_EQ(mgr->GetUniqueObjectID(CString("aaaaaaaabbbb4ccc8dddeeeeeeeeeeee")), 4u);
-    EXPECT_EQ(mgr->GetUniqueObjectID(CString("aaaaaaaabbbb4ccc8dddeeeeeeeeeee")), 0u);
-    EXPECT_TRUE(mgr->UpdateGUIDs(4, CString(""), CString(GuidTextFor(7).c_str())));
-    EXPECT_EQ(mgr->GetUniqueObjectID(dashed), 4u);  // empty text kept the GUID
-    EXPECT_TRUE(mgr->UpdateGUIDs(4, CString(GuidTextFor(9).c_str())));
-    mgr->GetVersionGUID(4, text);
-    EXPECT_EQ(text, GuidTextFor(9).c_str());
-    // Taking another object's GUID makes this one answer for it.
-    EXPECT_TRUE(mgr->UpdateGUIDs(5, CString(GuidTextFor(6).c_str()), CString("")));
-    EXPECT_EQ(mgr->GetUniqueObjectID(GuidTextFor(6).c_str()), 5u);
-
-    // The walk, the current object, and a current object that is deleted.
-    std::vector<ULONG> ids;
-    POSITION pos = mgr->GetUniqueObjectStartPosition();
-    for (int i = 0; i < 2; ++i)
-        ids.push_back(mgr->GetNextUniqueObject(pos));
-    mgr->FixCurrentUniqueObjectPlexIds(70, 71, 72);
-    mgr->GetObjectTypeAndModelIds(2, type, model, plex1, plex2);
-    EXPECT_EQ((std::vector<LONG>{model, plex1, plex2}), (std::vector<LONG>{70, 71, 72}));
-    while (pos)
-        ids.push_back(mgr->GetNextUniqueObject(pos));
-    EXPECT_EQ(ids, (std::vector<ULONG>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
-    mgr->DeleteObject(10, 1);
-    mgr->FixCurrentUniqueObjectPlexIds(1, 1, 1);  // no current object any more
-    EXPECT_EQ(mgr->GetUniqueObjCount(), 9);
-    mgr->GetObjectTypeAndModelIds(9, type, model, plex1, plex2);
-    EXPECT_EQ(model, 27);
-}
-
 }  // namespace

@@ -104,23 +104,6 @@ TEST(PgFile, ErrorsNameTheModelAndNeverThePassword) {
     EXPECT_TRUE(Contains(OpenError("postgresql://x/only_db"), "names no model"));
 }
 
-TEST(PgFile, OneDatabaseHoldsManyIndependentModels) {
-    const std::string a = NewModelUri("many_a"), b = NewModelUri("many_b");
-    {
-        auto fa = CreateOk(a);
-        auto fb = CreateOk(b);
-        SaveObjects(*fa, 30, 0);
-        SaveObjects(*fb, 5, 100);
-        fb->GetIdentityMgr()->SetKeyValue(9, 77);
-        ASSERT_TRUE(fb->Commit());
-    }
-    ExpectObjects(a, 30, 0);
-    ExpectObjects(b, 5, 100);
-    EXPECT_EQ(OpenOk(a)->GetIdentityMgr()->GetKeyValue(9), 0u);
-    EXPECT_EQ(OpenOk(b)->GetIdentityMgr()->GetKeyValue(9), 77u);
-    EXPECT_NE(SchemaOf(a), SchemaOf(b));
-}
-
 TEST(PgFile, TheSecondOfTwoSavesIsRefusedAndNothingIsMixed) {
     const std::string uri = NewModelUri("concurrent");
     CreateOk(uri);
