@@ -41,17 +41,8 @@ struct SAttachmentFixture : SDictFixture {
         if (item) *item = id;
         return key;
     }
-    DWORD ItemOf(DWORD attachment) {
-        return dict.GetAttachmentRow(attachment)->Dictionary_Object_ID;
-    }
     int Bindings() { return refs.GetBoundDictObjectTable()->GetCount(); }
     int Registry() { return dict.GetDictObjectCountIn(main); }
-    LONG TypeUnique(CString& name, CValidAttTypeMap& valid, bool compare = true, bool loop = false,
-                    const char* description = "") {
-        CString d(description);
-        return loop ? dict.GetNameForUniqueAttachmentType(name, d, 0, valid, 0, compare)
-                    : dict.IsAttachmentTypeUnique(name, d, 0, valid, 0, compare);
-    }
 };
 
 TEST(Attachments, MetaTablesSixteenToTwentyFoldIntoEight) {
@@ -175,41 +166,6 @@ TEST(Attachments, DeletesCascadeRowByRow) {
     EXPECT_FALSE(f.dict.DeleteAttachmentType(type));
     ASSERT_TRUE(f.model->Save());
     EXPECT_EQ(tessmeta::CheckModelFile(f.model->GetFile()).ErrorCount(), 0u);
-}
-
-TEST(Attachments, TypesAreIdenticalOnlyWithTheSameValidTypes) {
-    SAttachmentFixture f;
-    const DWORD type = f.Type("Owner", f.main);
-    f.Valid(type, 1, 10, 11);
-    f.Valid(type, 2, 20, 21);
-    CKelValidAttachmentType one, two, otherAttributes;
-    one.Attribute_1 = 10;
-    one.Attribute_2 = 11;
-    two.Attribute_1 = 20;
-    two.Attribute_2 = 21;
-    otherAttributes.Attribute_1 = 20;
-    otherAttributes.Attribute_2 = 22;
-
-    CValidAttTypeMap map;
-    map.SetAt(1, &one);
-    map.SetAt(2, &two);
-    CString name("OWNER");
-    EXPECT_EQ(f.TypeUnique(name, map), static_cast<LONG>(type));
-    EXPECT_EQ(f.TypeUnique(name, map, false), -1);             // no comparison asked for
-    EXPECT_EQ(f.TypeUnique(name, map, true, false, "x"), -1);  // description differs
-    map.SetAt(2, &otherAttributes);
-    EXPECT_EQ(f.TypeUnique(name, map), -1);  // an attribute differs
-    // Same name, description and integer field, valid for other classes: not the
-    // same type, so the loop suffixes the name.
-    CValidAttTypeMap elsewhere;
-    elsewhere.SetAt(7, &one);
-    name = "Owner";
-    EXPECT_EQ(f.TypeUnique(name, elsewhere, true, true), 0);
-    EXPECT_EQ(name, CString("Owner_1"));
-    const DWORD sales = f.dict.CreateDataDictionary("Sales", "");
-    name = "Owner";
-    CString none;
-    EXPECT_EQ(f.dict.IsAttachmentTypeUnique(name, none, 0, map, sales, true), 0);
 }
 
 TEST(Attachments, SixTablesSurviveSaveAndReopen) {

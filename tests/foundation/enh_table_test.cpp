@@ -294,31 +294,6 @@ TEST(EnhTable, DeleteReleasesTextsThenObjectAndEmptiesTheKeyMap) {
     EXPECT_EQ(table->GetKeyMap().GetHashTableSize(), 5u);
 }
 
-TEST(EnhTable, DeleteAllFKRowsDeletesInIndexOrder) {
-    auto file = CZmfFile::OpenMemory();
-    Store(*file,
-          {StoredRow(1, 7, 101), StoredRow(2, 8, 102), StoredRow(3, 7, 103), StoredRow(4, 7, 104)});
-    CFakeServices fake;
-    auto table = Load(*file, 0, &fake, &fake);
-    fake.log.clear();
-
-    table->DeleteAllFKRows(9);
-    EXPECT_TRUE(fake.log.empty());
-    EXPECT_EQ(table->GetCount(), 4);
-
-    table->DeleteAllFKRows(7);
-    Log expected;
-    for (int id : {101, 103, 104}) {
-        for (int usage : {11, 12, 13, 14})
-            expected.push_back(Call("DeleteString", S(id), S(usage)));
-        expected.push_back(Call("DeleteObject", S(id), "0"));
-    }
-    EXPECT_EQ(fake.log, expected);
-    EXPECT_EQ(ListKeys(*table), (std::vector<ULONG>{2}));
-    EXPECT_EQ(FKUniqueIds(*table, 7), std::vector<ULONG>{});
-    EXPECT_EQ(FKUniqueIds(*table, 8), (std::vector<ULONG>{102}));
-}
-
 TEST(EnhTable, RoundTripThroughAModelFile) {
     TempDir dir;
     const std::string path = dir.File("round.zmf");

@@ -261,10 +261,6 @@ TEST(GuidMgr, NewObjects) {
     EXPECT_EQ(mgr->GetUniqueObjectObjectDomainID(11), 6u);  // a diagram type
     EXPECT_EQ(mgr->GetUniqueObjectObjectDomainID(12), 0u);
     EXPECT_EQ(mgr->GetObjectTypeId(13u), 0);
-    LONG type, model, plex1, plex2;
-    EXPECT_TRUE(mgr->GetObjectTypeAndModelIds(11, type, model, plex1, plex2));
-    EXPECT_EQ((std::vector<LONG>{type, model, plex1, plex2}),
-              (std::vector<LONG>{kEntity, 5, 6, 7}));
     CString g1, v1, g2, v2;
     mgr->GetGUIDs(11, g1, v1);
     mgr->GetGUIDs(12, g2, v2);

@@ -220,26 +220,6 @@ TEST_F(PropertyTest, DeletionsCascadeAndNarrowingLeavesValuesListed) {
     EXPECT_EQ(p.GetValidMetaClassTbl().GetCount(), 2);
 }
 
-TEST_F(PropertyTest, DeletingAClassOrAnObjectRemovesWhatHangsOffIt) {
-    CPropertyMgr& p = Props();
-    ASSERT_EQ(p.InsertProperty(entity, 1, owner, "Sales"), R::Done);
-    ASSERT_EQ(p.InsertProperty(entity, 1, size, "3"), R::Done);
-    ASSERT_EQ(p.InsertProperty(entity, 4, size, "4"), R::Done);
-    const ULONG entityClass = p.GetMetaClassForTable(entity);
-    ASSERT_EQ(p.DeleteMetaClass(entityClass), 1);
-    EXPECT_FALSE(p.IsPropertyValidFor(size, entity));
-    EXPECT_EQ(p.InsertProperty(entity, 1, size, "5"), R::NotValidForObject);
-    EXPECT_EQ(p.GetValidPropertyTbl().GetCount(), 2);  // owner on attributes, status on columns
-
-    EXPECT_EQ(p.DeleteObjectProperties(entity, 1), 2);
-    EXPECT_EQ(p.DeleteObjectProperties(entity, 1), 0);
-    EXPECT_TRUE(List(entity, 1).empty());
-    EXPECT_EQ(List(entity, 4), (std::vector<std::string>{"Size=4!"}));
-    EXPECT_EQ(model->GetMetaClassMemberTbl().GetCount(), 1);
-    EXPECT_EQ(p.RemoveMetaClassTable(columns, attribute), 1);
-    EXPECT_EQ(p.RemoveMetaClassTable(columns, attribute), 0);
-}
-
 TEST_F(PropertyTest, EverythingSurvivesSavingAndReopening) {
     TempDir dir;
     CPropertyMgr& p = Props();

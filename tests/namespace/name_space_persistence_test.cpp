@@ -117,27 +117,6 @@ TEST(NameSpacePersistence, PurgeRules) {
     EXPECT_EQ(ReadSmall(*file).size(), 4u);
 }
 
-// A purged row that was found under a key shared with an older row uncovers that
-// row, as a reload of the saved file would, whether or not the maps were filed yet.
-TEST(NameSpacePersistence, PurgeUncoversTheOlderCaseVariant) {
-    for (bool looked : {true, false}) {
-        SCOPED_TRACE(looked ? "maps filed" : "maps pending");
-        SLoaded m({{{1, "Data", 0}, {2, "DATA_X", 0}, {3, "data_x", 0}},
-                   {},
-                   {{1, 5, 1, 1}, {2, 5, 2, 2}},
-                   {}});
-        CNameSpaceMgr& ns = *m.ns;
-        if (looked) {
-            EXPECT_EQ(ns.GetStringIdFromStringNoCase("Data_X"), 3u);
-        }
-        ns.Save(m.file.get(), 1, 1);
-        EXPECT_EQ(ReadSmall(*m.file), (std::vector<SmallRow>{{1, "Data", 0}, {2, "DATA_X", 0}}));
-        EXPECT_EQ(ns.GetStringIdFromStringNoCase("Data_X"), 2u);
-        EXPECT_EQ(ns.GetStringIdFromString("data_x"), 0u);
-        EXPECT_EQ(ns.AddToStringTable("data_x"), 4);
-    }
-}
-
 // "Flush to zmflib Failure at line: <a line number>\n"
 bool IsFlushFailure(const std::string& trace) {
     const std::string prefix = "Flush to zmflib Failure at line: ";

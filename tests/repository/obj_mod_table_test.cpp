@@ -225,37 +225,4 @@ TEST(ObjectModifications, SaveFlagsAgainstTheStoredTable) {
     EXPECT_TRUE(ModRows(m.mods).empty());
 }
 
-TEST(ObjectModifications, WriteThroughReachesTheFileBeforeAnySave) {
-    TempDir dir;
-    const std::string path = dir.File("through.zmf");
-    SRepoModel m(CModelFile::Create(path, nullptr));
-    const ULONG a = m.Diagram(), b = m.Diagram(), c = m.Diagram();
-    auto onDisk = [&](const char* table) {
-        auto file = CZmfFile::Open(path);
-        return tessmeta::test::StoredRows(*file, {table});
-    };
-    const ULONG key = m.repo.InsertObjectModificationRowFromCmpMgr(a, kMod);
-    m.repo.InsertObjectModificationRow(b, kMod, 0);  // memory only
-    auto rows = onDisk("ObjectModification");
-    ASSERT_EQ(rows.size(), 1u);
-    EXPECT_NE(rows[0].find("Object_ID=" + std::to_string(a)), std::string::npos) << rows[0];
-    EXPECT_EQ(m.repo.InsertObjectModificationRowFromCmpMgr(a, kDel), key);
-    rows = onDisk("ObjectModification");
-    ASSERT_EQ(rows.size(), 1u);
-    EXPECT_NE(rows[0].find("Modification_Kind=1"), std::string::npos) << rows[0];
-
-    CIdList tied{a, c};
-    m.repo.MakeIntermodelRelationshipFromCmpMgr(&tied);
-    EXPECT_EQ(onDisk("InterModelRelationship").size(), 1u);
-    EXPECT_EQ(onDisk("InterModelObjectLink").size(), 2u);
-
-    // Closed without a save: the rows written through are there, and their keys are
-    // never handed out again.
-    m.model.reset();
-    SRepoModel reopened(CModelFile::Open(path, nullptr));
-    EXPECT_EQ(reopened.repo.IsObjectDeleted(a), 1);
-    EXPECT_EQ(reopened.repo.IsObjectModified(b), 0);
-    EXPECT_GT(reopened.repo.InsertObjectModificationRow(b, kMod, 1), key);
-}
-
 }  // namespace
