@@ -28,8 +28,6 @@ TEST(DictObjectMgr, KindsRegistryAndBoundObjects) {
     EXPECT_EQ(f.dict.GetFirstDefaultDictObjId(), d1);
     EXPECT_EQ(f.dict.GetNextDefaultDictObjId(), d2);
     EXPECT_EQ(f.dict.GetNextDefaultDictObjId(), 0u);
-    EXPECT_EQ(f.dict.GetNextDefaultDictObjId(), 0u);  // stays ended
-    EXPECT_EQ(f.dict.GetFirstDomainDictObjId(), 0u);
 
     DWORD item = 0;
     const DWORD rv = f.RefValue("Limit", "1", f.main, &item);
@@ -58,9 +56,6 @@ TEST(DictObjectMgr, KindsRegistryAndBoundObjects) {
               f.dict.GetDataDictionaryObjectDomainID(f.main));
     EXPECT_EQ(f.guids.GetObjectTypeId(globalId), f.guids.GetReferenceValueObjectTypeId());
 
-    EXPECT_TRUE(f.dict.UpdateDictObj(d1, 7));
-    EXPECT_EQ(f.dict.GetGlobalIDUsingDictID(d1), 7u);
-    EXPECT_FALSE(f.dict.UpdateDictObj(9999, 7));
     EXPECT_TRUE(f.dict.DeleteDictObj(d1));
     EXPECT_FALSE(f.dict.DeleteDictObj(d1));
     EXPECT_FALSE(f.dict.IsDictionaryObjectIDValid(d1));

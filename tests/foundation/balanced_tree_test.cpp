@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <map>
 #include <random>
 #include <string>
@@ -55,39 +54,6 @@ TEST(BalancedTree, AscendingStatisticsAndShape) {
     EXPECT_EQ(t.GetTotalSearches(), 1);
     EXPECT_EQ(t.GetTotalHits(), 1);
     EXPECT_EQ(t.GetTotalSearchDepth(), 6);
-}
-
-TEST(BalancedTree, SignedKeysAndRemoveAll) {
-    CBalancedTree t;
-    t.Init();
-    const int64_t keys[] = {-1,
-                            0,
-                            INT64_MIN,
-                            INT64_MAX,
-                            -2,
-                            int64_t{1} << 32,
-                            int64_t{2} << 32,
-                            0x80000000LL,
-                            -(int64_t{1} << 32)};
-    intptr_t i = 1;
-    for (int64_t k : keys)
-        t.Insert(k, P(i++));
-    EXPECT_EQ(Walk(t, t.GetFirst(-1)), std::vector<void*>{P(1)});  // the row, not head
-    EXPECT_EQ(t.GetFirst(INT64_MIN), P(3));
-    EXPECT_EQ(t.GetFirst(int64_t{2} << 32), P(7));
-    EXPECT_EQ(t.GetFirst(2), nullptr);
-    EXPECT_EQ(t.GetFirst(), nullptr);  // head stays first, below negative keys
-    EXPECT_EQ(Walk(t, t.GetNext()),
-              (std::vector<void*>{P(3), P(9), P(5), P(1), P(2), P(8), P(6), P(7), P(4)}));
-
-    t.RemoveAll();
-    EXPECT_EQ(t.GetHead()->GetRight(), t.GetZ());
-    EXPECT_EQ(t.GetNext(), nullptr);
-    EXPECT_EQ(t.GetFirst(0), nullptr);
-    EXPECT_EQ(t.GetTotalNodes(), 9);  // statistics survive
-    for (int k = 0; k < 100; ++k)
-        t.Insert(k % 10, P(k + 1));
-    EXPECT_EQ(Walk(t, t.GetFirst(3)).size(), 10u);
 }
 
 // Ascending and all-equal input keep every red-black rule (other orders need

@@ -81,16 +81,10 @@ TEST(AutoLayout, AnEmptyFileGetsEveryConstantRowInListOrder) {
 
     const auto names = PropertyNames(mgr);
     ASSERT_EQ(names.size(), 55u);
-    std::map<std::string, int> perFamily;
     for (std::size_t i = 0; i < names.size(); ++i) {
         EXPECT_EQ(std::get<0>(names[i]), i + 1);  // keys from the fresh allocator
         EXPECT_EQ(std::get<1>(names[i]), kLayoutPropertyNames[i].name);
-        ++perFamily[std::get<2>(names[i])];
     }
-    EXPECT_EQ(perFamily, (std::map<std::string, int>{{"Force-Directed Layout Parameter", 16},
-                                                     {"Layered Layout Parameter", 22},
-                                                     {"Circle Layout Parameter", 7},
-                                                     {"Random Layout Parameter", 10}}));
 
     ULONG id = 0;
     for (const char* name : {"Force", "Layered", "Circle", "Random"})

@@ -155,34 +155,6 @@ TEST_F(PropertyTest, ValuesAreCheckedAgainstTypeValidityAndAllowedValues) {
     EXPECT_EQ(members.GetNextRow(), nullptr);
 }
 
-TEST_F(PropertyTest, DefinitionsRefuseBadInput) {
-    CPropertyMgr& p = Props();
-    EXPECT_EQ(p.InsertPropertyType("GOVERNANCE", ""), 0u);  // names ignore case
-    EXPECT_EQ(p.InsertPropertyType("", ""), 0u);
-    EXPECT_EQ(p.GetPropertyTypeId("governance"), type);
-    EXPECT_EQ(p.DefineProperty(type, "owner", "", T::Text), 0u);
-    EXPECT_EQ(p.DefineProperty(9999, "Other", "", T::Text), 0u);
-    EXPECT_EQ(p.DefineProperty(type, "Other", "", static_cast<T>(7)), 0u);
-    EXPECT_EQ(p.GetPropertyDataType(size), T::Integer);
-    EXPECT_EQ(p.AddAllowedValue(status, "Draft"), R::AlreadyAllowed);
-    EXPECT_EQ(p.AddAllowedValue(size, "big"), R::WrongDataType);
-    EXPECT_EQ(p.AddAllowedValue(9999, "x"), R::NoSuchProperty);
-    EXPECT_EQ(p.InsertMetaClass("columns", ""), 0u);
-    EXPECT_EQ(p.AddMetaClassTable(columns, 9999), 0u);
-    EXPECT_EQ(p.AddMetaClassTable(9999, entity), 0u);
-    EXPECT_EQ(p.SetPropertyValid(9999, columns), 0u);
-    // Repeated declarations answer the existing rows.
-    EXPECT_EQ(p.SetPropertyValid(status, columns), statusOnColumns);
-    const ULONG restriction = p.RestrictAllowedValue(statusOnColumns, values["Draft"]);
-    EXPECT_NE(restriction, 0u);
-    EXPECT_EQ(p.RestrictAllowedValue(statusOnColumns, values["Draft"]), restriction);
-    ULONG sizeValue = 0;
-    p.AddAllowedValue(size, "1", &sizeValue);
-    EXPECT_EQ(p.RestrictAllowedValue(statusOnColumns, sizeValue), 0u);  // another property's
-    EXPECT_EQ(p.GetMetaClassForTable(entity), p.GetMetaClassForTable(entity));
-    EXPECT_EQ(p.GetMetaClassForTable(9999), 0u);
-}
-
 TEST_F(PropertyTest, DeletionsCascadeAndNarrowingLeavesValuesListed) {
     CPropertyMgr& p = Props();
     const int objects = Objects();

@@ -90,17 +90,8 @@ TEST(StringTable, CaseDuplicatesAndTheEmptyText) {
     EXPECT_EQ(ns.AddConstString(static_cast<const char*>(nullptr)), 0);
     EXPECT_EQ(ns.GetStringTablePair().GetSmallTable().GetCount(), 0);
 
+    // (Case and duplicates are checked against a model below.)
     const ULONG name = ns.AddToStringTable("Name");
-    EXPECT_EQ(ns.AddToStringTable(CString("Name")), static_cast<int>(name));
-    const ULONG upper = ns.AddToStringTable("NAME");
-    EXPECT_NE(upper, name);
-    EXPECT_EQ(ns.GetStringIdFromString("Name"), name);
-    EXPECT_EQ(ns.GetStringIdFromString("name"), 0u);
-    // Without case the one interned last is found, for every spelling.
-    EXPECT_EQ(ns.GetStringIdFromStringNoCase(CString("nAmE")), upper);
-    const ULONG lower = ns.AddToStringTable("name");
-    EXPECT_EQ(ns.GetStringIdFromStringNoCase("NAME"), lower);
-    EXPECT_EQ(ns.GetStringIdFromStringNoCase("names"), 0u);
 
     // Long strings' small rows carry the empty text: the empty text finds the most
     // recently added long string.

@@ -11,55 +11,6 @@ namespace {
 
 using UlongMap = CMap<ULONG, ULONG, ULONG, ULONG>;
 
-// Rows mapped to themselves by a field, as the tables do.
-struct Row {
-    ULONG key;
-    CString text;
-};
-
-struct RowKeyTraits {
-    static UINT Hash(Row* row) { return row->key; }
-    static bool Equal(Row* const& a, Row* b) { return a->key == b->key; }
-};
-
-struct RowNoCaseTraits {
-    static UINT Hash(Row* row) { return CMapHashText(CString(row->text).MakeUpper().View()); }
-    static bool Equal(Row* const& a, Row* b) { return a->text.CompareNoCase(b->text) == 0; }
-};
-
-TEST(CMapTest, CustomTraitsKeepTheFirstKeyAndTheLatestValue) {
-    Row a{5, "Name"}, b{5, "NAME"}, c{22, "other"};
-    CMap<Row*, Row*, Row*, Row*, RowKeyTraits> byKey;
-    byKey.SetAt(&a, &a);
-    byKey.SetAt(&c, &c);  // 22 % 17 = 5: same bucket, ahead of a
-    byKey.SetAt(&b, &b);  // equal to a
-    EXPECT_EQ(byKey.GetCount(), 2);
-    Row probe{5, ""};
-    Row* found = nullptr;
-    ASSERT_TRUE(byKey.Lookup(&probe, found));
-    EXPECT_EQ(found, &b);
-    std::vector<Row*> keys, values;
-    for (POSITION p = byKey.GetStartPosition(); p;) {
-        Row *k, *v;
-        byKey.GetNextAssoc(p, k, v);
-        keys.push_back(k);
-        values.push_back(v);
-    }
-    EXPECT_EQ(keys, (std::vector<Row*>{&c, &a}));
-    EXPECT_EQ(values, (std::vector<Row*>{&c, &b}));
-    EXPECT_TRUE(byKey.RemoveKey(&probe));
-    EXPECT_FALSE(byKey.Lookup(&b, found));
-
-    CMap<Row*, Row*, Row*, Row*, RowNoCaseTraits> noCase;
-    noCase.SetAt(&a, &a);
-    noCase.SetAt(&b, &b);
-    noCase.SetAt(&c, &c);
-    Row query{0, "nAmE"};
-    ASSERT_TRUE(noCase.Lookup(&query, found));
-    EXPECT_EQ(found, &b);
-    EXPECT_EQ(noCase.GetCount(), 2);
-}
-
 TEST(CMapTest, RandomOperationsMatchUnorderedMap) {
     std::mt19937 rng(12345);
     UlongMap map(3);

@@ -57,20 +57,6 @@ TEST(COleDateTimeTest, KnownDates) {
     EXPECT_EQ(COleDateTime(2004, 12, 31, 0, 0, 0).GetDayOfYear(), 366);
 }
 
-TEST(COleDateTimeTest, DatesBeforeTheEpochKeepAPositiveTimeOfDay) {
-    // -1.25: the day before the epoch, at 06:00.
-    const COleDateTime before(-1.25);
-    ExpectParts(before, 1899, 12, 29, 6, 0, 0);
-    EXPECT_EQ(COleDateTime(1899, 12, 29, 6, 0, 0).m_dt, -1.25);
-    EXPECT_EQ(COleDateTime(1899, 12, 29, 18, 0, 0).m_dt, -1.75);
-    ExpectParts(COleDateTime(1800, 7, 4, 13, 14, 15), 1800, 7, 4, 13, 14, 15);
-    // Order is by point in time: 06:00 comes before 18:00 of the same day, and
-    // both before the epoch.
-    EXPECT_LT(COleDateTime(-1.25), COleDateTime(-1.75));
-    EXPECT_LT(COleDateTime(-1.75), COleDateTime(0.0));
-    EXPECT_LT(COleDateTime(-2.0), COleDateTime(-1.9));
-}
-
 TEST(COleDateTimeTest, FormatAndLocalTimeConversions) {
     const COleDateTime t(2024, 3, 5, 7, 8, 9);
     EXPECT_EQ(t.Format("%Y-%m-%d %H:%M:%S %a %j"), "2024-03-05 07:08:09 Tue 065");

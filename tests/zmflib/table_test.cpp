@@ -118,26 +118,6 @@ TEST_P(TableTest, PositionalWalkAndIteratorsSeeRowsInOrder) {
     EXPECT_EQ(none.GetNext(&row), 0);
 }
 
-TEST_P(TableTest, EmptyTableAndHandles) {
-    CTableBase* t = file->GetEmptyTable("MetaTable");
-    CMetaTableBase row(1);
-    row.Name = "Entity";
-    t->Insert(&row);
-    ASSERT_TRUE(file->Commit());
-
-    CTableBase* again = file->GetEmptyTable("MetaTable");
-    EXPECT_EQ(again, t);
-    EXPECT_EQ(again->GetCount(), 0u);
-    EXPECT_EQ(file->ReleaseTable(&again, 0), 1);
-    EXPECT_EQ(again, nullptr);
-    EXPECT_EQ(file->ReleaseTable(&again, 0), 0);
-    EXPECT_TRUE(file->Commit());
-
-    EXPECT_EQ(file->GetTable("NoSuchTable"), nullptr);
-    EXPECT_NE(file->GetLastError().find("NoSuchTable"), std::string::npos);
-    EXPECT_EQ(file->GetEmptyTable(nullptr), nullptr);
-}
-
 TEST_P(TableTest, EveryTableStoresEveryColumnType) {
     for (const SZmfTableDesc* desc : zmf::AllTables()) {
         CTableBase* t = file->GetEmptyTable(desc->name);
