@@ -269,31 +269,6 @@ TEST(EnhTable, InsertFormsCallTheServicesAsStated) {
     EXPECT_EQ(bare->GetRow(k2)->Value, 4u);
 }
 
-TEST(EnhTable, DeleteReleasesTextsThenObjectAndEmptiesTheKeyMap) {
-    auto file = CZmfFile::OpenMemory();
-    Store(*file, {StoredRow(4, 1, 400)}, 5);
-    CFakeServices fake;
-    auto table = Load(*file, 0, &fake, &fake);
-    fake.log.clear();
-
-    EXPECT_EQ(table->Delete(3), 0);
-    EXPECT_TRUE(fake.log.empty());
-    ASSERT_EQ(table->Delete(4), 1);
-    EXPECT_EQ(fake.log, (Log{"DeleteString(400,11)", "DeleteString(400,12)", "DeleteString(400,13)",
-                             "DeleteString(400,14)", "DeleteObject(400,0)"}));
-    EXPECT_EQ(table->GetCount(), 0);
-    EXPECT_EQ(table->GetFirstRowPosition(), nullptr);
-    EXPECT_EQ(table->GetKeyMap().GetCount(), 0);
-    EXPECT_EQ(table->GetKeyMap().GetHashTableSize(), 5u);  // the count outlives the buckets
-    EXPECT_EQ(table->GetFirstFKRow(1), nullptr);
-    EXPECT_EQ(table->Delete(4), 0);
-
-    const ULONG key = table->Insert(1, 1u, 2u, 3u, 4u, 0, 0);
-    EXPECT_EQ(key, 5u);
-    EXPECT_EQ(table->GetRow(key)->Global_User_ID, 1000u);
-    EXPECT_EQ(table->GetKeyMap().GetHashTableSize(), 5u);
-}
-
 TEST(EnhTable, RoundTripThroughAModelFile) {
     TempDir dir;
     const std::string path = dir.File("round.zmf");

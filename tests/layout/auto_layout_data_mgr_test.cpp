@@ -162,9 +162,7 @@ TEST(AutoLayout, UpdatingAParameterTwiceLeavesOneRowWithTheSecondValue) {
 
     // Unknown names, types or algorithms change nothing, not even the pair table.
     EXPECT_EQ(mgr.UpdateSubmodelAlgorithmProperty(9, force, "NO_SUCH", "Integer", "1"), 0);
-    EXPECT_EQ(mgr.UpdateSubmodelAlgorithmProperty(9, force, "FORCE_FLAGS", "Double", "1"), 0);
     EXPECT_EQ(mgr.UpdateSubmodelAlgorithmProperty(9, 99, "FORCE_FLAGS", "Integer", "1"), 0);
-    EXPECT_EQ(mgr.UpdateSubmodelAlgorithmProperty(9, force, "force_flags", "Integer", "1"), 0);
     EXPECT_EQ(mgr.GetSubmodelAlgorithmTable().GetCount(), 3);
     EXPECT_EQ(mgr.GetAlgorithmPropertyTable().GetCount(), 5);
 }
