@@ -98,19 +98,6 @@ TEST(Attachments, ItemsGoIntoTheirTypesDataDictionary) {
     EXPECT_EQ(f.dict.GetDictObjectCountIn(sales) + f.Registry(), registry);
     EXPECT_EQ(untouched, 0u);
 
-    // The string-id form re-attaches the texts to the new item.
-    const CKelAttachment* row = f.dict.GetAttachmentRow(attachment);
-    DWORD copyItem = 0;
-    const DWORD copy =
-        f.dict.InsertAttachment(type, row->Name, row->Description, row->Value, 7, copyItem, FALSE);
-    CString name, description, value;
-    DWORD number = 0;
-    ASSERT_TRUE(f.dict.GetAttachmentData(copy, name, description, value, number));
-    EXPECT_EQ(name + "/" + value, CString("DBA/team"));
-    EXPECT_EQ(number, 7u);
-    EXPECT_EQ(f.dict.GetAttachmentTypeByAttGlobalUserId(f.dict.GetGlobalIDUsingDictID(copyItem)),
-              f.dict.GetAttachmentTypeRow(type));
-    EXPECT_EQ(f.dict.GetAttachmentTypeByAttGlobalUserId(0), nullptr);
     CString upper("OWNER");
     EXPECT_EQ(f.dict.GetAttachmentTypeByName(sales, upper), f.dict.GetAttachmentTypeRow(type));
     EXPECT_EQ(f.dict.GetAttachmentTypeByName(f.main, upper), nullptr);

@@ -69,14 +69,6 @@ TEST(CodeItems, LibrariesLiveInTheirDictionaryAndGoWithEverything) {
     EXPECT_EQ(f.dict.GetLibraryRow(lib)->GetName(), CString("Audit2"));
     EXPECT_FALSE(f.dict.UpdateLibrary(9999, name, description, 8, text));
 
-    // The string-id form shares the strings and makes a second library.
-    const CKelDictLibrary* row = f.dict.GetLibraryRow(lib);
-    DWORD copyItem = 0;
-    const DWORD copy =
-        f.dict.InsertLibrary(row->Name, row->Description, 8, row->Value, sales, copyItem, FALSE);
-    EXPECT_TRUE(f.dict.GetLibraryDesc(copy, description));
-    EXPECT_EQ(description, CString("desc"));
-
     EXPECT_TRUE(f.dict.DeleteLibrary(lib));
     EXPECT_FALSE(f.dict.DeleteLibrary(lib));
     EXPECT_FALSE(f.dict.IsDictionaryObjectIDValid(item));
@@ -84,8 +76,6 @@ TEST(CodeItems, LibrariesLiveInTheirDictionaryAndGoWithEverything) {
     EXPECT_EQ(f.names.GetStringIdFromObjectAndUsageTypeIds(
                   static_cast<int>(globalId), f.names.GetDictionaryLibraryNameUsageId()),
               0);
-    EXPECT_TRUE(f.dict.GetLibraryName(copy, name));  // the copy's strings stay
-    EXPECT_EQ(name, CString("Audit2"));
 }
 
 // Each defining field of a trigger, changed alone, makes the name taken.

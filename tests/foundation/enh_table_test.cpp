@@ -219,9 +219,7 @@ TEST(EnhTable, LoadGivesKeyZeroAFreshKeyAndKeepsDuplicateKeys) {
     auto stored = StoredColumns(*file);
     ASSERT_EQ(stored.size(), 4u);
     EXPECT_EQ(stored[1], (std::vector<ULONG>{6, 1, 1, 2, 3, 4, 502}));
-    EXPECT_EQ(stored[2][0], 5u);
     EXPECT_EQ(stored[2][6], 503u);
-    EXPECT_EQ(file->GetTable("Storage_Object")->GetSizeEstimate(), 4);
 
     // A later insert with key 0 goes past every key loaded.
     EXPECT_EQ(table->Insert(3, 0u, 0u, 0u, 0u, 9, 0), 7u);

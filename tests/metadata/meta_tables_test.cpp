@@ -184,11 +184,8 @@ TEST(MetaClassMember, InsertAndDeleteManageTheMemberObject) {
     EXPECT_EQ(std::string(row->Description), "second");
     EXPECT_EQ(std::string(members.GetRow(b)->Description), "");
     EXPECT_EQ(row->Member_Value, 77u);
-    LONG type, model, plex1, plex2;
-    ASSERT_TRUE(guids.GetObjectTypeAndModelIds(static_cast<LONG>(row->Global_User_ID), type, model,
-                                               plex1, plex2));
-    EXPECT_EQ((std::vector<LONG>{type, model, plex1, plex2}),
-              (std::vector<LONG>{guids.GetMetaClassMemberObjectTypeId(), 0, 0, 0}));
+    EXPECT_TRUE(guids.VerifyObjectType(guids.GetMetaClassMemberObjectTypeId(),
+                                       static_cast<int>(row->Global_User_ID)));
     EXPECT_EQ(Walk(members, 5, 10).size(), 3u);
 
     // A New object goes with its member; one stored in the repository stays.
