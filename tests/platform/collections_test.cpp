@@ -51,39 +51,4 @@ TEST(CListTest, RandomEditsMatchStdList) {
     ExpectOrder(list, std::vector<int>(model.begin(), model.end()));
 }
 
-TEST(CPtrArrayTest, GrowInsertRemove) {
-    int x[6] = {};
-    CPtrArray a;
-    EXPECT_EQ(a.GetUpperBound(), -1);
-    EXPECT_EQ(a.Add(&x[0]), 0);
-    EXPECT_EQ(a.Add(&x[1]), 1);
-    a.InsertAt(1, &x[2], 2);  // 0 2 2 1
-    a.InsertAt(0, &x[3]);     // 3 0 2 2 1
-    EXPECT_EQ(std::vector<void*>(a.GetData(), a.GetData() + a.GetSize()),
-              (std::vector<void*>{&x[3], &x[0], &x[2], &x[2], &x[1]}));
-    a.RemoveAt(1, 3);  // 3 1
-    ASSERT_EQ(a.GetCount(), 2);
-    EXPECT_EQ(a[1], &x[1]);
-
-    // Inserting past the end, and growing after a shrink, leave null slots.
-    a.InsertAt(4, &x[4]);
-    ASSERT_EQ(a.GetSize(), 5);
-    EXPECT_EQ(a[3], nullptr);
-    EXPECT_EQ(a[4], &x[4]);
-    a.ElementAt(2) = &x[5];
-    a.SetSize(2);
-    a.SetSize(4);
-    EXPECT_EQ(a.GetAt(2), nullptr);
-
-    for (int i = 0; i < 10000; ++i)
-        a.Add(&x[i % 6]);
-    EXPECT_EQ(a.GetUpperBound(), 10003);
-    EXPECT_EQ(a[10003], &x[9999 % 6]);
-    a.FreeExtra();
-    EXPECT_EQ(a[10003], &x[9999 % 6]);
-    a.RemoveAll();
-    EXPECT_TRUE(a.IsEmpty());
-    EXPECT_EQ(a.GetData(), nullptr);
-}
-
 }  // namespace

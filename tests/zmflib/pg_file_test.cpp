@@ -133,47 +133,6 @@ TEST(PgFile, TheSecondOfTwoSavesIsRefusedAndNothingIsMixed) {
     ExpectObjects(uri, 4, 3);
 }
 
-TEST(PgFile, WriteThroughChangesAreSharedAtOnceAndKeepStoredOrder) {
-    const std::string uri = NewModelUri("shared");
-    auto writer = CreateOk(uri);
-    SaveObjects(*writer, 6, 0);
-    auto reader = OpenOk(uri);
-
-    // Rows inserted, updated and deleted outside a save; another user sees them at
-    // once and can change them too, and neither user's model is stale by it.
-    CTableBase* t = writer->GetTable("UniqueObject");
-    CUniqueObjectBase row(7);
-    row.Model_ID = 7;
-    ASSERT_EQ(t->Insert(&row), 1);
-    CUniqueObjectBase probe(2);
-    ASSERT_EQ(t->Delete(&probe), 1);
-    probe = CUniqueObjectBase(4);
-    probe.Model_ID = 40;
-    ASSERT_EQ(reader->GetTable("UniqueObject")->Update(&probe), 1);
-    ASSERT_EQ(t->Get(&probe), 1);
-    EXPECT_EQ(probe.Model_ID, 40u);
-    CUniqueObjectBase absent(99);
-    EXPECT_EQ(t->Update(&absent), 0);
-    EXPECT_FALSE(writer->HasError()) << writer->GetLastError();
-
-    // The updated row moved in the server's storage; reads keep the stored order.
-    auto order = [&](CZmfFile& file) {
-        std::vector<ULONG> keys;
-        CUniqueObjectIterator it(file.GetTable("UniqueObject"));
-        CUniqueObjectBase r;
-        while (it.GetNext(&r))
-            keys.push_back(r.Unique_Object_ID);
-        return keys;
-    };
-    const std::vector<ULONG> expected{1, 3, 4, 5, 6, 7};
-    EXPECT_EQ(order(*reader), expected);
-    EXPECT_EQ(order(*OpenOk(uri)), expected);
-
-    // The writer's save, though, would drop the reader's update: refused.
-    EXPECT_EQ(writer->GetEmptyTable("UniqueObject"), nullptr);
-    EXPECT_TRUE(Contains(writer->GetLastError(), "another user saved or changed it"));
-}
-
 TEST(PgFile, ALostConnectionDuringASaveLeavesThePreviousModel) {
     const std::string app = "lost_" + tessmeta::test::UniqueModelName("conn");
     const std::string uri = NewModelUri("lost", "application_name=" + app);
