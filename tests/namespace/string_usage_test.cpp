@@ -112,15 +112,6 @@ TEST(StringUsage, FixRewritesInPlaceWithoutReindexing) {
     EXPECT_EQ(UsagesOf(ns, s), (Usages{{11, u}}));
     EXPECT_EQ(ObjectsUsing(ns, t, s), (Objects{11}));
     EXPECT_TRUE(ObjectsUsing(ns, u, s).empty());
-
-    // When both pairs hash alike (1 * 33 + 100 == 2 * 33 + 67) the fixed usage is
-    // found under its new pair, and removing it leaves nothing behind in the trees.
-    const int s2 = ns.AddString("collide", 100, 1);
-    EXPECT_EQ(ns.FixStringUsageUnqObjId(100, 1, 67, 2), 1);
-    EXPECT_EQ(ns.GetStringIdFromObjectAndUsageTypeIds(67, 2), s2);
-    EXPECT_EQ(ns.DeleteString(67, 2), 1);
-    EXPECT_TRUE(ObjectsUsing(ns, 1, s2).empty());
-    EXPECT_TRUE(UsagesOf(ns, s2).empty());
 }
 
 TEST(StringUsageTypes, BuiltInListIdsAndAccessors) {
