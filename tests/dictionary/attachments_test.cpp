@@ -41,17 +41,8 @@ struct SAttachmentFixture : SDictFixture {
         if (item) *item = id;
         return key;
     }
-    DWORD ItemOf(DWORD attachment) {
-        return dict.GetAttachmentRow(attachment)->Dictionary_Object_ID;
-    }
     int Bindings() { return refs.GetBoundDictObjectTable()->GetCount(); }
     int Registry() { return dict.GetDictObjectCountIn(main); }
-    LONG TypeUnique(CString& name, CValidAttTypeMap& valid, bool compare = true, bool loop = false,
-                    const char* description = "") {
-        CString d(description);
-        return loop ? dict.GetNameForUniqueAttachmentType(name, d, 0, valid, 0, compare)
-                    : dict.IsAttachmentTypeUnique(name, d, 0, valid, 0, compare);
-    }
 };
 
 TEST(Attachments, MetaTablesSixteenToTwentyFoldIntoEight) {
@@ -107,19 +98,6 @@ TEST(Attachments, ItemsGoIntoTheirTypesDataDictionary) {
     EXPECT_EQ(f.dict.GetDictObjectCountIn(sales) + f.Registry(), registry);
     EXPECT_EQ(untouched, 0u);
 
-    // The string-id form re-attaches the texts to the new item.
-    const CKelAttachment* row = f.dict.GetAttachmentRow(attachment);
-    DWORD copyItem = 0;
-    const DWORD copy =
-        f.dict.InsertAttachment(type, row->Name, row->Description, row->Value, 7, copyItem, FALSE);
-    CString name, description, value;
-    DWORD number = 0;
-    ASSERT_TRUE(f.dict.GetAttachmentData(copy, name, description, value, number));
-    EXPECT_EQ(name + "/" + value, CString("DBA/team"));
-    EXPECT_EQ(number, 7u);
-    EXPECT_EQ(f.dict.GetAttachmentTypeByAttGlobalUserId(f.dict.GetGlobalIDUsingDictID(copyItem)),
-              f.dict.GetAttachmentTypeRow(type));
-    EXPECT_EQ(f.dict.GetAttachmentTypeByAttGlobalUserId(0), nullptr);
     CString upper("OWNER");
     EXPECT_EQ(f.dict.GetAttachmentTypeByName(sales, upper), f.dict.GetAttachmentTypeRow(type));
     EXPECT_EQ(f.dict.GetAttachmentTypeByName(f.main, upper), nullptr);
@@ -175,113 +153,6 @@ TEST(Attachments, DeletesCascadeRowByRow) {
     EXPECT_FALSE(f.dict.DeleteAttachmentType(type));
     ASSERT_TRUE(f.model->Save());
     EXPECT_EQ(tessmeta::CheckModelFile(f.model->GetFile()).ErrorCount(), 0u);
-}
-
-TEST(Attachments, DeletesRefuseWithoutAReferenceManager) {
-    SAttachmentFixture f;
-    const DWORD type = f.Type("Owner", f.main);
-    const DWORD valid = f.Valid(type, 1);
-    const DWORD attachment = f.Attachment(type, "A");
-    const DWORD empty = f.Type("Empty", f.main);
-    f.dict.SetRefObjMgr(nullptr);
-    const int registry = f.Registry();
-    EXPECT_FALSE(f.dict.DeleteAttachment(attachment));
-    EXPECT_FALSE(f.dict.DeleteValidAttachmentType(valid));
-    EXPECT_FALSE(f.dict.DeleteAttachmentType(type));
-    EXPECT_EQ(f.Registry(), registry);
-    EXPECT_NE(f.dict.GetAttachmentTypeRow(type), nullptr);
-    EXPECT_TRUE(f.dict.DeleteAttachmentType(empty));  // nothing to unbind
-    f.dict.SetRefObjMgr(&f.refs);
-    EXPECT_TRUE(f.dict.DeleteAttachmentType(type));
-    EXPECT_EQ(f.dict.GetAttachmentCount(), 0);
-}
-
-TEST(Attachments, TypesAreIdenticalOnlyWithTheSameValidTypes) {
-    SAttachmentFixture f;
-    const DWORD type = f.Type("Owner", f.main);
-    f.Valid(type, 1, 10, 11);
-    f.Valid(type, 2, 20, 21);
-    CKelValidAttachmentType one, two, otherAttributes;
-    one.Attribute_1 = 10;
-    one.Attribute_2 = 11;
-    two.Attribute_1 = 20;
-    two.Attribute_2 = 21;
-    otherAttributes.Attribute_1 = 20;
-    otherAttributes.Attribute_2 = 22;
-
-    CValidAttTypeMap map;
-    map.SetAt(1, &one);
-    map.SetAt(2, &two);
-    CString name("OWNER");
-    EXPECT_EQ(f.TypeUnique(name, map), static_cast<LONG>(type));
-    EXPECT_EQ(f.TypeUnique(name, map, false), -1);             // no comparison asked for
-    EXPECT_EQ(f.TypeUnique(name, map, true, false, "x"), -1);  // description differs
-    map.SetAt(2, &otherAttributes);
-    EXPECT_EQ(f.TypeUnique(name, map), -1);  // an attribute differs
-    map.SetAt(2, nullptr);
-    EXPECT_EQ(f.TypeUnique(name, map), -1);  // no row to compare
-    map.RemoveKey(2);
-    EXPECT_EQ(f.TypeUnique(name, map), -1);  // a valid type not in the map
-    map.SetAt(2, &two);
-    map.SetAt(3, &two);
-    EXPECT_EQ(f.TypeUnique(name, map), -1);  // an entry nothing matches
-    map.RemoveKey(3);
-    // Same name, description and integer field, valid for other classes: not the
-    // same type, so the loop suffixes the name.
-    CValidAttTypeMap elsewhere;
-    elsewhere.SetAt(7, &one);
-    name = "Owner";
-    EXPECT_EQ(f.TypeUnique(name, elsewhere, true, true), 0);
-    EXPECT_EQ(name, CString("Owner_1"));
-    const DWORD sales = f.dict.CreateDataDictionary("Sales", "");
-    name = "Owner";
-    CString none;
-    EXPECT_EQ(f.dict.IsAttachmentTypeUnique(name, none, 0, map, sales, true), 0);
-}
-
-TEST(Attachments, AttachmentNamesAreScopedByType) {
-    SAttachmentFixture f;
-    const DWORD a = f.Type("A", f.main), b = f.Type("B", f.main);
-    const DWORD owner = f.Attachment(a, "Owner", nullptr, "Team", 3);
-    CString name("owner"), none, value("TEAM");
-    EXPECT_EQ(f.dict.IsAttachmentUnique(b, name, none, value, 3, true), 0);
-    EXPECT_EQ(f.dict.IsAttachmentUnique(a, name, none, value, 3, true), static_cast<LONG>(owner));
-    EXPECT_EQ(f.dict.IsAttachmentUnique(a, name, none, value, 4, true), -1);
-    EXPECT_EQ(f.dict.IsAttachmentUnique(a, name, none, value, 3, false), -1);
-    f.Attachment(a, "owner_1", nullptr, "other");
-    EXPECT_EQ(f.dict.GetNameForUniqueAttachment(a, name, none, none, 3, true), 0);
-    EXPECT_EQ(name, CString("owner_2"));
-    EXPECT_EQ(f.dict.GetAttachmentRowByName(value = "OWNER", a), f.dict.GetAttachmentRow(owner));
-    EXPECT_EQ(f.dict.GetAttachmentRowByName(value, b), nullptr);
-}
-
-TEST(Attachments, WalksKeepTheirOrderThroughUpdates) {
-    SAttachmentFixture f;
-    const DWORD type = f.Type("T", f.main);
-    std::vector<DWORD> keys;
-    for (const char* name : {"a", "b", "c", "d"})
-        keys.push_back(f.Attachment(type, name));
-    CString rename("B2"), none;
-    ASSERT_TRUE(f.dict.UpdateAttachment(keys[1], rename, none, none, 9));
-    f.dict.UpdateValidAttachmentType(f.Valid(type, 4), 1, 2);
-    f.Valid(type, 5);
-    auto attachments = [&] {
-        std::vector<DWORD> walked;
-        for (auto* row = f.dict.GetFirstAttachmentFKRow(type); row;
-             row = f.dict.GetNextAttachmentFKRow())
-            walked.push_back(row->Attachment_ID);
-        return walked;
-    };
-    EXPECT_EQ(attachments(), keys);
-    std::vector<DWORD> metaTables;
-    for (auto* row = f.dict.GetFirstValidAttTypeAttTypeIDFKRow(type); row;
-         row = f.dict.GetNextValidAttTypeAttTypeIDFKRow())
-        metaTables.push_back(row->Meta_Table_ID);
-    EXPECT_EQ(metaTables, (std::vector<DWORD>{4, 5}));
-    const CKelValidAttachmentType* onFive = f.dict.GetFirstValidAttTypeMetaTableIDFKRow(5);
-    ASSERT_TRUE(onFive);
-    EXPECT_EQ(onFive->Attachment_Type_ID, type);
-    EXPECT_EQ(f.dict.GetNextValidAttTypeMetaTableIDFKRow(), nullptr);
 }
 
 TEST(Attachments, SixTablesSurviveSaveAndReopen) {
@@ -350,8 +221,6 @@ TEST(Attachments, CheckReportsBrokenTypesAndBindings) {
     EXPECT_EQ(report.Count(ECheckKind::ValidAttachmentTypeWithoutType), 1u);
     EXPECT_EQ(report.Count(ECheckKind::AttachmentWithoutType), 1u);
     EXPECT_EQ(report.Count(ECheckKind::AttachmentBoundWhereNotValid), 1u);
-    EXPECT_STREQ(tessmeta::CheckKindName(ECheckKind::AttachmentBoundWhereNotValid),
-                 "attachment-bound-where-not-valid");
 }
 
 }  // namespace

@@ -69,14 +69,6 @@ TEST(CodeItems, LibrariesLiveInTheirDictionaryAndGoWithEverything) {
     EXPECT_EQ(f.dict.GetLibraryRow(lib)->GetName(), CString("Audit2"));
     EXPECT_FALSE(f.dict.UpdateLibrary(9999, name, description, 8, text));
 
-    // The string-id form shares the strings and makes a second library.
-    const CKelDictLibrary* row = f.dict.GetLibraryRow(lib);
-    DWORD copyItem = 0;
-    const DWORD copy =
-        f.dict.InsertLibrary(row->Name, row->Description, 8, row->Value, sales, copyItem, FALSE);
-    EXPECT_TRUE(f.dict.GetLibraryDesc(copy, description));
-    EXPECT_EQ(description, CString("desc"));
-
     EXPECT_TRUE(f.dict.DeleteLibrary(lib));
     EXPECT_FALSE(f.dict.DeleteLibrary(lib));
     EXPECT_FALSE(f.dict.IsDictionaryObjectIDValid(item));
@@ -84,40 +76,6 @@ TEST(CodeItems, LibrariesLiveInTheirDictionaryAndGoWithEverything) {
     EXPECT_EQ(f.names.GetStringIdFromObjectAndUsageTypeIds(
                   static_cast<int>(globalId), f.names.GetDictionaryLibraryNameUsageId()),
               0);
-    EXPECT_TRUE(f.dict.GetLibraryName(copy, name));  // the copy's strings stay
-    EXPECT_EQ(name, CString("Audit2"));
-}
-
-TEST(CodeItems, WalksFollowTheRegistryAndTableOrder) {
-    SCodeFixture f;
-    const DWORD a = f.Library("a", f.main), b = f.Library("b", f.main);
-    f.Trigger("t", {});
-    const DWORD c = f.Library("c", f.main);
-    EXPECT_TRUE(f.dict.DeleteLibrary(b));
-    std::vector<DWORD> walked;
-    DWORD key = 0, item = 0;
-    CString name, description, text;
-    int integerField = 0;
-    for (BOOL more = f.dict.GetFirstLibrary(key, name, description, integerField, text, item); more;
-         more = f.dict.GetNextLibrary(key, name, description, integerField, text, item)) {
-        walked.push_back(key);
-        EXPECT_EQ(f.dict.GetLibraryFKRow(item)->Dictionary_Library_ID, key);
-    }
-    EXPECT_EQ(walked, (std::vector<DWORD>{a, c}));
-    walked.clear();
-    for (auto* row = f.dict.GetFirstLibraryRow(); row; row = f.dict.GetNextLibraryRow())
-        walked.push_back(row->Dictionary_Library_ID);
-    EXPECT_EQ(walked, (std::vector<DWORD>{a, c}));
-
-    DWORD first = 0, event = 0, second = 0;
-    ASSERT_TRUE(f.dict.GetFirstTrigger(key, name, description, integerField, first, event, text,
-                                       second, item));
-    EXPECT_EQ(name + "/" + text, CString("t/body"));
-    EXPECT_EQ(first * 100 + event * 10 + second, 123u);
-    EXPECT_FALSE(f.dict.GetNextTrigger(key, name, description, integerField, first, event, text,
-                                       second, item));
-    EXPECT_FALSE(f.dict.GetFirstProcedure(key, name, description, text, first, item));
-    EXPECT_EQ(f.dict.GetFirstProcedureRow(), nullptr);
 }
 
 // Each defining field of a trigger, changed alone, makes the name taken.
@@ -158,24 +116,8 @@ TEST(CodeItems, TriggersAreIdenticalOnlyInEveryDefiningField) {
     EXPECT_EQ(f.TriggerUnique("Audit", base, none), 0);
 }
 
-TEST(CodeItems, LibraryAndProcedureNameLoops) {
+TEST(CodeItems, ProcedureNameLoop) {
     SCodeFixture f;
-    const DWORD sales = f.dict.CreateDataDictionary("Sales", "");
-    f.Library("Audit", f.main, "x");
-    f.Library("Audit_1", f.main, "y");
-    CString name("Audit"), description("z"), text;
-    EXPECT_EQ(f.dict.GetNameForUniqueDictLibrary(name, description, 0, text, 0), 0);
-    EXPECT_EQ(name, CString("Audit_2"));
-    name = "Audit";
-    description = "X";
-    EXPECT_GT(f.dict.GetNameForUniqueDictLibrary(name, description, 0, text, f.main), 0);
-    EXPECT_EQ(name, CString("Audit"));
-    EXPECT_EQ(f.dict.IsDictLibraryUnique(name, description, 1, text, f.main), -1);
-    EXPECT_EQ(f.dict.IsDictLibraryUnique(name, description, 0, text, sales), 0);
-    name = "Free";
-    EXPECT_EQ(f.dict.GetNameForUniqueDictLibrary(name, description, 0, text, 0), 0);
-    EXPECT_EQ(name, CString("Free"));
-
     DWORD item = 0;
     CString proc("Stamp"), body("SET x = 1"), empty;
     const DWORD key = f.dict.InsertProcedure(proc, empty, body, 5, f.main, item, FALSE);

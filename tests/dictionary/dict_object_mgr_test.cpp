@@ -28,8 +28,6 @@ TEST(DictObjectMgr, KindsRegistryAndBoundObjects) {
     EXPECT_EQ(f.dict.GetFirstDefaultDictObjId(), d1);
     EXPECT_EQ(f.dict.GetNextDefaultDictObjId(), d2);
     EXPECT_EQ(f.dict.GetNextDefaultDictObjId(), 0u);
-    EXPECT_EQ(f.dict.GetNextDefaultDictObjId(), 0u);  // stays ended
-    EXPECT_EQ(f.dict.GetFirstDomainDictObjId(), 0u);
 
     DWORD item = 0;
     const DWORD rv = f.RefValue("Limit", "1", f.main, &item);
@@ -58,9 +56,6 @@ TEST(DictObjectMgr, KindsRegistryAndBoundObjects) {
               f.dict.GetDataDictionaryObjectDomainID(f.main));
     EXPECT_EQ(f.guids.GetObjectTypeId(globalId), f.guids.GetReferenceValueObjectTypeId());
 
-    EXPECT_TRUE(f.dict.UpdateDictObj(d1, 7));
-    EXPECT_EQ(f.dict.GetGlobalIDUsingDictID(d1), 7u);
-    EXPECT_FALSE(f.dict.UpdateDictObj(9999, 7));
     EXPECT_TRUE(f.dict.DeleteDictObj(d1));
     EXPECT_FALSE(f.dict.DeleteDictObj(d1));
     EXPECT_FALSE(f.dict.IsDictionaryObjectIDValid(d1));
@@ -109,59 +104,6 @@ TEST(DictObjectMgr, MissingKindsAreAddedAtLoad) {
                                         "Procedure=3", "Default=4", "Rule=5", "UserDatatype=6",
                                         "Domain=7", "Attachment Type=9", "Valid Attachment Type=10",
                                         "Attachment=11", "Dictionary Object Link=12"}));
-}
-
-TEST(DictObjectMgr, UniquenessRuleAndNameLoop) {
-    SDictFixture f;
-    const DWORD sales = f.dict.CreateDataDictionary("Sales", "");
-    const DWORD limit = f.RefValue("Limit", "10", f.main);
-    CString name("Limit");
-    EXPECT_EQ(f.Unique(name, "10", sales), 0);                     // other dictionary
-    EXPECT_EQ(f.Unique(name, "10", 0), static_cast<LONG>(limit));  // 0: the diagram's own
-    name = "LIMIT";
-    EXPECT_EQ(f.Unique(name, "10", f.main), static_cast<LONG>(limit));  // case ignored
-    EXPECT_EQ(f.Unique(name, "11", f.main), -1);
-    EXPECT_EQ(f.Unique(name, "10", f.main, false), -1);  // no comparison asked for
-    name = "Limit";
-    EXPECT_EQ(f.Unique(name, "10", f.main, false, nullptr, true), 0);
-    EXPECT_EQ(name, CString("Limit_1"));
-
-    f.RefValue("Audit", "a", f.main);
-    f.RefValue("Audit_1", "b", f.main);
-    name = "Audit";
-    EXPECT_EQ(f.Unique(name, "c", f.main, true, nullptr, true), 0);
-    EXPECT_EQ(name, CString("Audit_2"));
-    const DWORD audit2 = f.RefValue("audit_2", "c", f.main);
-    name = "Audit";
-    EXPECT_EQ(f.Unique(name, "c", f.main, true, nullptr, true), static_cast<LONG>(audit2));
-    EXPECT_EQ(name, CString("Audit_2"));  // the base, never a suffix of a suffix
-
-    // Descriptions compare without case; the first item of the name decides.
-    f.RefValue("Dup", "x", f.main, nullptr, "first");
-    f.RefValue("Dup", "x", f.main, nullptr, "second");
-    name = "dup";
-    EXPECT_EQ(f.Unique(name, "x", f.main, true, nullptr, false, "SECOND"), -1);
-}
-
-TEST(DictObjectMgr, OverridesOfBindingsDecideReuse) {
-    SDictFixture f;
-    DWORD item = 0;
-    const DWORD key = f.RefValue("Limit", "10", f.main, &item);
-    const DWORD b1 = f.refs.InsertBoundDictObject(item, 8, 1000, "low");
-    const DWORD b2 = f.refs.InsertBoundDictObject(item, 8, 1001, "high");
-    f.refs.InsertBoundDictObject(item, 9, 1002, "elsewhere");  // another meta table: ignored
-    CDictOverrideMap map;
-    map.SetAt(b1, "low");
-    map.SetAt(b2, "high");
-    CString name("Limit");
-    EXPECT_EQ(f.Unique(name, "10", f.main, true, &map), static_cast<LONG>(key));
-    map.SetAt(b2, "HIGH");  // overrides compare with case
-    EXPECT_EQ(f.Unique(name, "10", f.main, true, &map), -1);
-    map.RemoveKey(b2);
-    EXPECT_EQ(f.Unique(name, "10", f.main, true, &map), -1);  // a binding not in the map
-    map.SetAt(b2, "high");
-    map.SetAt(77, "extra");
-    EXPECT_EQ(f.Unique(name, "10", f.main, true, &map), -1);  // an entry no binding matches
 }
 
 // The indexed test against a walk of every item in table order, over random edits.

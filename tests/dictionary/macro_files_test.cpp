@@ -129,45 +129,6 @@ TEST(MacroFiles, AMissingFileIsReportedAndSkipped) {
     EXPECT_EQ(name, CString("SSInsTrigger"));
     EXPECT_EQ(event, 1u);
     EXPECT_FALSE(f.dict.FindSystemTrigger("SSDelTrigger", text));
-
-    // A folder where a file should be is no file either.
-    std::filesystem::create_directory(f.dir.File("SSDelTrig.bas"));
-    f.output.Clear();
-    f.dict.InsertSystemTriggers(1, newIds);
-    EXPECT_EQ(f.output.MessageBoxes().size(), 1u);
-    EXPECT_EQ(newIds.GetCount(), 2);
-}
-
-TEST(MacroFiles, OtherPlatformCodesDoNothing) {
-    SMacroFixture f(1);
-    for (int platform : {0, 4, -1}) {
-        CList<DWORD, DWORD> newIds;
-        EXPECT_TRUE(f.dict.InsertSystemTriggerLibs(platform, newIds));
-        EXPECT_TRUE(f.dict.InsertSystemTriggers(platform, newIds));
-        EXPECT_TRUE(newIds.IsEmpty());
-    }
-    EXPECT_EQ(f.dict.GetLibraryCount() + f.dict.GetTriggerCount(), 0);
-    EXPECT_TRUE(f.output.MessageBoxes().empty());
-}
-
-TEST(MacroFiles, NamesMatchExactlyInEveryDataDictionary) {
-    SMacroFixture f(1);
-    const DWORD sales = f.dict.CreateDataDictionary("Sales", "");
-    CString lookalike("sSUpdtTrigLib"), elsewhere("SSDelTrigLib"), text("old"), none;
-    DWORD item = 0;
-    const DWORD other = f.dict.InsertLibrary(lookalike, none, 0, text, f.main, item, FALSE);
-    const DWORD inSales = f.dict.InsertLibrary(elsewhere, none, 0, text, sales, item, FALSE);
-    CList<DWORD, DWORD> newIds;
-    f.dict.InsertSystemTriggerLibs(1, newIds);
-    EXPECT_EQ(newIds.GetCount(), 2);  // update and insert; delete found in Sales
-    EXPECT_EQ(f.Library(other), CString("old"));
-    EXPECT_EQ(f.Library(inSales), CString("SSDelTrigLib.bas\r\n"));
-    CString found;
-    EXPECT_TRUE(f.dict.FindSystemLib("SSUpdtTrigLib", found));
-    EXPECT_EQ(found, CString("SSUpdtTrigLib.bas\r\n"));
-    found = "untouched";
-    EXPECT_FALSE(f.dict.FindSystemLib("SSUPDTRIGLIB", found));
-    EXPECT_EQ(found, CString("untouched"));
 }
 
 // The shipped templates are copied beside the test program by the build, where the

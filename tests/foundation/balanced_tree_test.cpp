@@ -2,14 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
-#include <cmath>
 #include <map>
 #include <random>
 #include <string>
 #include <vector>
-
-#include "platform/hooks.h"
 
 namespace {
 
@@ -34,36 +30,9 @@ int BlackHeight(const CBTreeNode* n, const CBTreeNode* z, int& redReds) {
     return l != r || l < 0 ? -1 : l + (n->IsRed() ? 0 : 1);
 }
 
-std::vector<std::string> g_traces;
-void CaptureTrace(const char* text) {
-    g_traces.emplace_back(text);
-}
-
 }  // namespace
 
 static_assert(CBTreeNode::red == 1 && CBTreeNode::black == 2);
-
-TEST(BalancedTree, NodeDefaultsAndSentinels) {
-    CBTreeNode node;
-    EXPECT_EQ(node.GetLeft(), &node);
-    EXPECT_EQ(node.GetRight(), &node);
-    EXPECT_FALSE(node.IsRed());
-    EXPECT_EQ(node.GetKey(), -1);
-    EXPECT_EQ(node.GetInfo(), nullptr);
-    EXPECT_EQ(node.GetDeleted(), 0);
-
-    CBalancedTree tree;
-    EXPECT_EQ(tree.GetHead(), nullptr);
-    tree.Init();
-    CBTreeNode* z = tree.GetZ();
-    EXPECT_EQ(tree.GetHead()->GetKey(), -1);
-    EXPECT_EQ(tree.GetHead()->GetLeft(), z);
-    EXPECT_EQ(tree.GetHead()->GetRight(), z);
-    EXPECT_EQ(z->GetLeft(), z);
-    tree.Insert(4, P(1));
-    tree.Init();  // a second Init starts over
-    EXPECT_EQ(tree.GetFirst(4), nullptr);
-}
 
 // Ascending 1..7, counted by hand: 3, 5 and 7 each land under a red parent on a
 // straight right path: one split and one single rotation each.
@@ -85,119 +54,6 @@ TEST(BalancedTree, AscendingStatisticsAndShape) {
     EXPECT_EQ(t.GetTotalSearches(), 1);
     EXPECT_EQ(t.GetTotalHits(), 1);
     EXPECT_EQ(t.GetTotalSearchDepth(), 6);
-}
-
-// The first rotation follows the grandparent comparison alone. 3,2,1 goes
-// left-left: a zig-zag test would rotate once (root 2); here 1 is rotated over
-// 2 and then over 3, leaving 1B(-, 3R(2R, -)). 1,3,2 bends right-left: a
-// zig-zag test would rotate twice; here once, leaving 3B(1R(-, 2R), -).
-TEST(BalancedTree, FirstRotationDecidedByGrandparent) {
-    CBalancedTree ll;
-    ll.Init();
-    for (int k : {3, 2, 1})
-        ll.Insert(k, P(k));
-    EXPECT_EQ(ll.GetTotalSplits(), 1);
-    EXPECT_EQ(ll.GetTotalRotates(), 2);
-    CBTreeNode* root = ll.GetHead()->GetRight();
-    EXPECT_EQ(root->GetKey(), 1);
-    EXPECT_EQ(root->GetLeft(), ll.GetZ());
-    EXPECT_EQ(root->GetRight()->GetKey(), 3);
-    EXPECT_EQ(root->GetRight()->GetLeft()->GetKey(), 2);
-    int redReds = 0;
-    EXPECT_EQ(BlackHeight(root, ll.GetZ(), redReds), 2);
-    EXPECT_EQ(redReds, 1);
-    EXPECT_EQ(ll.GetFirst(1), P(1));  // head, 1, 3, 2: a zig-zag tree needs 3
-    EXPECT_EQ(ll.GetTotalSearchDepth(), 4);
-
-    CBalancedTree rl;
-    rl.Init();
-    for (int k : {1, 3, 2})
-        rl.Insert(k, P(k));
-    EXPECT_EQ(rl.GetTotalRotates(), 1);
-    root = rl.GetHead()->GetRight();
-    EXPECT_EQ(root->GetKey(), 3);
-    EXPECT_EQ(root->GetLeft()->GetKey(), 1);
-    EXPECT_EQ(root->GetLeft()->GetRight()->GetKey(), 2);
-    EXPECT_EQ(Walk(rl, rl.GetFirst(2)), std::vector<void*>{P(2)});
-}
-
-TEST(BalancedTree, EmptyDuplicatesAndDelete) {
-    CBalancedTree t;
-    t.Init();
-    EXPECT_EQ(t.GetFirst(5), nullptr);
-    EXPECT_EQ(t.GetNext(), nullptr);
-    EXPECT_EQ(t.GetCount(), 0);
-    EXPECT_EQ(t.GetTotalSearches(), 1);
-    EXPECT_EQ(t.GetTotalSearchDepth(), 1);  // head alone
-
-    for (int k : {9, 5, 1})
-        t.Insert(k, P(100 + k));
-    t.Insert(5, P(1));
-    t.Insert(7, P(107));
-    t.Insert(5, P(2));
-    t.Insert(5, P(3));
-    EXPECT_EQ(Walk(t, t.GetFirst(5)), (std::vector<void*>{P(105), P(1), P(2), P(3)}));
-
-    LONG searches = t.GetTotalSearches(), depth = t.GetTotalSearchDepth();
-    t.Delete(5, P(2));
-    EXPECT_EQ(t.GetCount(), 4);  // Delete refills the result set before marking
-    EXPECT_EQ(t.GetTotalSearches(), searches);
-    EXPECT_EQ(t.GetTotalSearchDepth(), depth);
-    EXPECT_EQ(Walk(t, t.GetFirst(5)), (std::vector<void*>{P(105), P(1), P(3)}));
-
-    t.Delete(5, P(2));    // already deleted
-    t.Delete(5, P(99));   // no such info
-    t.Delete(6, P(1));    // no such key
-    t.Delete(9, P(105));  // info of another key
-    EXPECT_EQ(Walk(t, t.GetFirst(5)), (std::vector<void*>{P(105), P(1), P(3)}));
-    EXPECT_EQ(t.GetFirst(9), P(109));
-
-    // Re-inserting adds a node at the end; of a doubled pair only the first goes.
-    t.Insert(5, P(2));
-    t.Insert(5, P(1));
-    t.Delete(5, P(1));
-    EXPECT_EQ(Walk(t, t.GetFirst(5)), (std::vector<void*>{P(105), P(3), P(2), P(1)}));
-
-    // Unkeyed: head's null first, then every node in key order, deleted ones too.
-    searches = t.GetTotalSearches();
-    EXPECT_EQ(t.GetFirst(), nullptr);
-    EXPECT_EQ(t.GetCount(), 10);
-    EXPECT_EQ(Walk(t, t.GetNext()),
-              (std::vector<void*>{P(101), P(105), P(1), P(2), P(3), P(2), P(1), P(107), P(109)}));
-    EXPECT_EQ(t.GetTotalSearches(), searches);
-}
-
-TEST(BalancedTree, SignedKeysAndRemoveAll) {
-    CBalancedTree t;
-    t.Init();
-    const int64_t keys[] = {-1,
-                            0,
-                            INT64_MIN,
-                            INT64_MAX,
-                            -2,
-                            int64_t{1} << 32,
-                            int64_t{2} << 32,
-                            0x80000000LL,
-                            -(int64_t{1} << 32)};
-    intptr_t i = 1;
-    for (int64_t k : keys)
-        t.Insert(k, P(i++));
-    EXPECT_EQ(Walk(t, t.GetFirst(-1)), std::vector<void*>{P(1)});  // the row, not head
-    EXPECT_EQ(t.GetFirst(INT64_MIN), P(3));
-    EXPECT_EQ(t.GetFirst(int64_t{2} << 32), P(7));
-    EXPECT_EQ(t.GetFirst(2), nullptr);
-    EXPECT_EQ(t.GetFirst(), nullptr);  // head stays first, below negative keys
-    EXPECT_EQ(Walk(t, t.GetNext()),
-              (std::vector<void*>{P(3), P(9), P(5), P(1), P(2), P(8), P(6), P(7), P(4)}));
-
-    t.RemoveAll();
-    EXPECT_EQ(t.GetHead()->GetRight(), t.GetZ());
-    EXPECT_EQ(t.GetNext(), nullptr);
-    EXPECT_EQ(t.GetFirst(0), nullptr);
-    EXPECT_EQ(t.GetTotalNodes(), 9);  // statistics survive
-    for (int k = 0; k < 100; ++k)
-        t.Insert(k % 10, P(k + 1));
-    EXPECT_EQ(Walk(t, t.GetFirst(3)).size(), 10u);
 }
 
 // Ascending and all-equal input keep every red-black rule (other orders need
@@ -265,30 +121,4 @@ TEST(BalancedTree, MatchesMultimap) {
         EXPECT_EQ(t.GetCount(), next);  // head plus every node, deleted ones too
         EXPECT_EQ(t.GetZ()->GetRight(), t.GetZ());
     }
-}
-
-TEST(BalancedTree, CalcMetricsTexts) {
-    tessmeta::TraceHook old = tessmeta::SetTraceHook(&CaptureTrace);
-    CBalancedTree t;
-    t.Init();
-    g_traces.clear();
-    t.CalcMetrics();  // nothing counted: 0/0 everywhere, still ten lines
-    EXPECT_EQ(g_traces.size(), 10u);
-    EXPECT_TRUE(std::isnan(t.GetAverageSearchDepth()));
-
-    for (int k : {1, 2, 3})
-        t.Insert(k, P(k));  // 2B(1R, 3R): one split, one rotate
-    t.GetFirst(2);          // head, 2, 1, 3
-    t.GetFirst(5);          // head, 2, 3
-    g_traces.clear();
-    t.CalcMetrics();
-    tessmeta::SetTraceHook(old);
-    EXPECT_EQ(g_traces,
-              (std::vector<std::string>{
-                  "Total Number of Nodes: 3\n", "Total Searches: 2\n", "Total Hits Searches: 1\n",
-                  "Total Search Depth: 7\n", "Total Splits: 1\n", "Total Rotates: 1\n",
-                  "Average Search Depth: 3.500\n", "Average Search Depth Per Hit: 7.000\n",
-                  "Average Splits: 0.333\n", "Average Rotates: 0.333\n"}));
-    EXPECT_FLOAT_EQ(t.GetAverageSearchDepthPerHit(), 7.0f);
-    EXPECT_FLOAT_EQ(t.GetAverageSplits(), 1.0f / 3.0f);
 }

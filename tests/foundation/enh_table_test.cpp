@@ -12,7 +12,6 @@
 #include "support/test_support.h"
 #include "zmflib.h"
 
-using tessmeta::test::CapturedOutput;
 using tessmeta::test::TempDir;
 
 namespace {
@@ -123,9 +122,6 @@ class CTestStorageTable : public CEnhTable<STestStorageTraits> {
             SetIds(row, name, owner, description, value);
         });
     }
-    int InsertWriteThrough(const CKelTestStorage& row) {
-        return WriteThroughInsert(&row, TableName());
-    }
 
   private:
     static std::unique_ptr<CKelTestStorage> NewRow(ULONG modelId, ULONG uniqueId) {
@@ -141,49 +137,6 @@ class CTestStorageTable : public CEnhTable<STestStorageTraits> {
         row.Description = description;
         row.Value = value;
     }
-};
-
-// A table that numbers its own rows, lets later rows win the key map, has no unique
-// object column, and keeps an extra map by object id.
-class CTestUsageTable;
-class CKelTestUsage final : public CEnhRow<CStringUsageBase, CTestUsageTable> {};
-
-struct STestUsageTraits : CEnhTableTraits<CKelTestUsage> {
-    static constexpr DWORD Row::*kForeignKey = &Row::String_ID;
-    static constexpr EEnhKeyMap kKeyMap = EEnhKeyMap::LastWins;
-    static constexpr EEnhKeySource kKeySource = EEnhKeySource::OwnCounter;
-};
-
-class CTestUsageTable : public CEnhTable<STestUsageTraits> {
-  public:
-    using CEnhTable::CEnhTable;
-    using ByObject = CEnhRowMap<CKelTestUsage, CEnhFieldTraits<CKelTestUsage, &Row::Object_ID>>;
-
-    ULONG Insert(ULONG objectId, ULONG stringId, ULONG key) {
-        auto row = std::make_unique<CKelTestUsage>();
-        row->Object_ID = objectId;
-        row->String_ID = stringId;
-        return InsertIds(std::move(row), key);
-    }
-    int UpdateObject(ULONG key, ULONG objectId) {
-        return UpdateRow(key, [&](CKelTestUsage& row) { row.Object_ID = objectId; });
-    }
-    CKelTestUsage* GetByObject(ULONG objectId) const {
-        CKelTestUsage probe;
-        probe.Object_ID = objectId;
-        CKelTestUsage* found = nullptr;
-        m_byObject.Lookup(&probe, found);
-        return found;
-    }
-    const ByObject& GetByObjectMap() const { return m_byObject; }
-
-  protected:
-    void AddToExtraIndexes(CKelTestUsage* row) override { m_byObject.SetAt(row, row); }
-    void RemoveFromExtraIndexes(CKelTestUsage* row) override { m_byObject.RemoveKey(row); }
-    void SizeExtraIndexes(UINT buckets) override { m_byObject.InitHashTable(buckets, FALSE); }
-
-  private:
-    ByObject m_byObject;
 };
 
 constexpr int kKind = 77;  // key kind of Storage_Object
@@ -266,29 +219,10 @@ TEST(EnhTable, LoadGivesKeyZeroAFreshKeyAndKeepsDuplicateKeys) {
     auto stored = StoredColumns(*file);
     ASSERT_EQ(stored.size(), 4u);
     EXPECT_EQ(stored[1], (std::vector<ULONG>{6, 1, 1, 2, 3, 4, 502}));
-    EXPECT_EQ(stored[2][0], 5u);
     EXPECT_EQ(stored[2][6], 503u);
-    EXPECT_EQ(file->GetTable("Storage_Object")->GetSizeEstimate(), 4);
 
     // A later insert with key 0 goes past every key loaded.
     EXPECT_EQ(table->Insert(3, 0u, 0u, 0u, 0u, 9, 0), 7u);
-}
-
-TEST(EnhTable, InitSizesTheKeyMap) {
-    auto file = CZmfFile::OpenMemory();
-    EXPECT_EQ(Load(*file)->GetKeyMap().GetHashTableSize(), 1u);  // never saved, empty
-
-    Store(*file, {StoredRow(1, 1, 0), StoredRow(2, 1, 0), StoredRow(3, 1, 0)});
-    EXPECT_EQ(Load(*file)->GetKeyMap().GetHashTableSize(), 3u);  // the row count saved
-    EXPECT_EQ(Load(*file, 7)->GetKeyMap().GetHashTableSize(), 7u);
-
-    Store(*file, {StoredRow(1, 1, 0), StoredRow(2, 1, 0)}, 0);
-    auto table = Load(*file);
-    EXPECT_EQ(table->GetKeyMap().GetHashTableSize(), 1u);  // a figure of 0 reads as 1
-    EXPECT_EQ(table->GetRow(2)->Model_ID, 1u);
-
-    Store(*file, {StoredRow(1, 1, 0)}, 1000);
-    EXPECT_EQ(Load(*file)->GetKeyMap().GetHashTableSize(), 1000u);
 }
 
 TEST(EnhTable, InsertFormsCallTheServicesAsStated) {
@@ -333,206 +267,6 @@ TEST(EnhTable, InsertFormsCallTheServicesAsStated) {
     EXPECT_EQ(bare->GetRow(k2)->Value, 4u);
 }
 
-TEST(EnhTable, UpdateAndTextAccessors) {
-    auto file = CZmfFile::OpenMemory();
-    CFakeServices fake;
-    auto table = Load(*file, 0, &fake, &fake);
-    const ULONG key =
-        table->Insert(1, CString("a"), CString("b"), CString("c"), CString("d"), 0, 0);
-    table->Insert(1, CString("e"), CString("f"), CString("g"), CString("h"), 0, 0);
-
-    CString text = "untouched";
-    EXPECT_EQ(table->GetText(key, 2, text), 1);
-    EXPECT_EQ(text, "c");
-    EXPECT_EQ(table->GetText(99, 0, text), 0);
-    EXPECT_EQ(table->GetText(key, 4, text), 0);
-    EXPECT_EQ(table->GetText(key, -1, text), 0);
-    EXPECT_EQ(text, "c");
-
-    fake.log.clear();
-    ASSERT_EQ(table->SetText(key, 0, "renamed"), 1);
-    EXPECT_EQ(fake.log, (Log{"AddOrUpdateText(renamed,1000,11)"}));
-    EXPECT_EQ(table->GetText(table->GetRow(key), 0, text), 1);
-    EXPECT_EQ(text, "renamed");
-    EXPECT_EQ(table->SetText(99, 0, "x"), 0);
-
-    // Update moves the row to its new foreign key and leaves the usages alone.
-    fake.log.clear();
-    EXPECT_EQ(table->Update(99, 2, 1, 1, 1, 1), 0);
-    ASSERT_EQ(table->Update(key, 2, 7, 8, 9, 10), 1);
-    EXPECT_TRUE(fake.log.empty());
-    EXPECT_EQ(table->GetRow(key)->Description, 9u);
-    EXPECT_EQ(FKUniqueIds(*table, 1), (std::vector<ULONG>{1001}));
-    EXPECT_EQ(FKUniqueIds(*table, 2), (std::vector<ULONG>{1000}));
-    ASSERT_EQ(table->Delete(key), 1);
-    EXPECT_EQ(FKUniqueIds(*table, 2), std::vector<ULONG>{});
-}
-
-TEST(EnhTable, DeleteReleasesTextsThenObjectAndEmptiesTheKeyMap) {
-    auto file = CZmfFile::OpenMemory();
-    Store(*file, {StoredRow(4, 1, 400)}, 5);
-    CFakeServices fake;
-    auto table = Load(*file, 0, &fake, &fake);
-    fake.log.clear();
-
-    EXPECT_EQ(table->Delete(3), 0);
-    EXPECT_TRUE(fake.log.empty());
-    ASSERT_EQ(table->Delete(4), 1);
-    EXPECT_EQ(fake.log, (Log{"DeleteString(400,11)", "DeleteString(400,12)", "DeleteString(400,13)",
-                             "DeleteString(400,14)", "DeleteObject(400,0)"}));
-    EXPECT_EQ(table->GetCount(), 0);
-    EXPECT_EQ(table->GetFirstRowPosition(), nullptr);
-    EXPECT_EQ(table->GetKeyMap().GetCount(), 0);
-    EXPECT_EQ(table->GetKeyMap().GetHashTableSize(), 5u);  // the count outlives the buckets
-    EXPECT_EQ(table->GetFirstFKRow(1), nullptr);
-    EXPECT_EQ(table->Delete(4), 0);
-
-    const ULONG key = table->Insert(1, 1u, 2u, 3u, 4u, 0, 0);
-    EXPECT_EQ(key, 5u);
-    EXPECT_EQ(table->GetRow(key)->Global_User_ID, 1000u);
-    EXPECT_EQ(table->GetKeyMap().GetHashTableSize(), 5u);
-}
-
-TEST(EnhTable, DeleteAllFKRowsDeletesInIndexOrder) {
-    auto file = CZmfFile::OpenMemory();
-    Store(*file,
-          {StoredRow(1, 7, 101), StoredRow(2, 8, 102), StoredRow(3, 7, 103), StoredRow(4, 7, 104)});
-    CFakeServices fake;
-    auto table = Load(*file, 0, &fake, &fake);
-    fake.log.clear();
-
-    table->DeleteAllFKRows(9);
-    EXPECT_TRUE(fake.log.empty());
-    EXPECT_EQ(table->GetCount(), 4);
-
-    table->DeleteAllFKRows(7);
-    Log expected;
-    for (int id : {101, 103, 104}) {
-        for (int usage : {11, 12, 13, 14})
-            expected.push_back(Call("DeleteString", S(id), S(usage)));
-        expected.push_back(Call("DeleteObject", S(id), "0"));
-    }
-    EXPECT_EQ(fake.log, expected);
-    EXPECT_EQ(ListKeys(*table), (std::vector<ULONG>{2}));
-    EXPECT_EQ(FKUniqueIds(*table, 7), std::vector<ULONG>{});
-    EXPECT_EQ(FKUniqueIds(*table, 8), (std::vector<ULONG>{102}));
-}
-
-TEST(EnhTable, PlainSaveWritesListOrderAndReportsTheLastInsert) {
-    auto file = CZmfFile::OpenMemory();
-    Store(*file, {StoredRow(1, 1, 0), StoredRow(2, 1, 0), StoredRow(3, 1, 0)});
-    auto table = Load(*file);
-    table->Delete(2);
-    table->Insert(1, 0u, 0u, 0u, 0u, 0, 9);
-
-    CTableBase* stored = file->GetTable("Storage_Object");
-    stored->FailInsertCalls({2});  // a failure in the middle does not stop the loop
-    EXPECT_EQ(table->Save(file.get()), 1);
-    auto rows = StoredColumns(*file);
-    ASSERT_EQ(rows.size(), 2u);
-    EXPECT_EQ(rows[0][0], 1u);
-    EXPECT_EQ(rows[1][0], 9u);
-    EXPECT_EQ(stored->GetSizeEstimate(), 3);
-
-    stored->FailInsertCalls({3});  // the last insert decides
-    EXPECT_EQ(table->Save(file.get()), 0);
-    stored->FailInsertCalls({});
-
-    // Write-through reaches the held table at once.
-    CKelTestStorage extra;
-    extra.Storage_Object_ID = 77;
-    EXPECT_EQ(table->InsertWriteThrough(extra), 1);
-    EXPECT_EQ(StoredColumns(*file).back()[0], 77u);
-
-    // An empty table saves as an empty record-store table with a figure of 0.
-    auto empty = std::make_unique<CTestStorageTable>(nullptr, nullptr, nullptr, file.get());
-    ASSERT_EQ(file->ReleaseTable(empty->GetTablePtrAddr(), 0), 1);
-    EXPECT_EQ(empty->Save(file.get()), 1);
-    EXPECT_EQ(stored->GetCount(), 0u);
-    EXPECT_EQ(stored->GetSizeEstimate(), 0);
-    ASSERT_TRUE(file->Commit());
-    EXPECT_EQ(Load(*file)->GetKeyMap().GetHashTableSize(), 1u);
-}
-
-TEST(EnhTable, GuardedSaveStopsAtTheFirstFailureAndTracesItsLine) {
-    CapturedOutput output;
-    auto file = CZmfFile::OpenMemory();
-    Store(*file, {StoredRow(1, 1, 0), StoredRow(2, 1, 0), StoredRow(3, 1, 0)});
-    auto table = Load(*file);
-    CTableBase* stored = file->GetTable("Storage_Object");
-
-    stored->FailInsertCalls({2});
-    EXPECT_EQ(table->SaveGuarded(file.get()), 0);
-    ASSERT_EQ(output.Traces().size(), 1u);
-    const std::string& trace = output.Traces()[0];
-    const std::string prefix = "Flush to zmflib Failure at line: ";
-    ASSERT_EQ(trace.compare(0, prefix.size(), prefix), 0) << trace;
-    EXPECT_GT(std::stoi(trace.substr(prefix.size())), 0);
-    EXPECT_EQ(trace.back(), '\n');
-    auto rows = StoredColumns(*file);  // the row written before the failure stays
-    ASSERT_EQ(rows.size(), 1u);
-    EXPECT_EQ(rows[0][0], 1u);
-
-    stored->FailInsertCalls({});
-    output.Clear();
-    EXPECT_EQ(table->SaveGuarded(file.get()), 1);
-    EXPECT_EQ(StoredColumns(*file).size(), 3u);
-    EXPECT_TRUE(output.Traces().empty());
-
-    // The reusable form: a save writing two tables reports the line of its own insert.
-    int failingLine = 0;
-    file->GetTable("Proc")->FailInsertCalls({1});
-    const int result = tessmeta::GuardedSave([&] {
-        CTableBase* first = file->GetEmptyTable("Storage_Object");
-        CTableBase* second = file->GetEmptyTable("Proc");
-        CStorage_ObjectBase a(1);
-        CProcBase b(1);
-        ZMF_CHECKED_INSERT(first, &a);
-        failingLine = __LINE__ + 1;
-        ZMF_CHECKED_INSERT(second, &b);
-        ADD_FAILURE() << "not reached";
-        return 1;
-    });
-    EXPECT_EQ(result, 0);
-    ASSERT_EQ(output.Traces().size(), 1u);
-    EXPECT_EQ(output.Traces()[0],
-              "Flush to zmflib Failure at line: " + std::to_string(failingLine) + "\n");
-    EXPECT_EQ(stored->GetCount(), 1u);
-}
-
-TEST(EnhTable, SelfNumberedLastWinsTableWithAnExtraIndex) {
-    auto file = CZmfFile::OpenMemory();
-    {
-        CTableBase* t = file->GetEmptyTable("StringUsage");
-        for (auto [key, object] : {std::pair{4u, 40u}, {9u, 90u}, {4u, 41u}, {0u, 50u}}) {
-            CStringUsageBase row(key);
-            row.Object_ID = object;
-            row.String_ID = 3;
-            ASSERT_EQ(t->Insert(&row), 1);
-        }
-        ASSERT_TRUE(file->Commit());
-    }
-    CFakeServices fake;
-    CTestUsageTable table(nullptr, file->GetIdentityMgr(), &fake, file.get());
-    table.Init(6);
-    EXPECT_EQ(table.GetByObjectMap().GetHashTableSize(), 6u);
-
-    EXPECT_EQ(table.GetRow(4)->Object_ID, 41u);   // the later row wins
-    EXPECT_EQ(table.GetRow(10)->Object_ID, 50u);  // numbered past the largest key loaded
-    EXPECT_EQ(file->GetIdentityMgr()->GetKeyValue(STestUsageTraits::Row::Desc().keyKind), 0u);
-    EXPECT_EQ(table.Insert(60, 3, 0), 11u);
-    EXPECT_EQ(table.Insert(70, 3, 30), 30u);
-    EXPECT_EQ(table.GetNextKey(), 31);
-
-    ASSERT_EQ(table.UpdateObject(9, 91), 1);
-    EXPECT_EQ(table.GetByObject(90), nullptr);
-    EXPECT_EQ(table.GetByObject(91)->String_Usage_ID, 9u);
-    ASSERT_EQ(table.Delete(9), 1);
-    EXPECT_EQ(table.GetByObject(91), nullptr);
-    EXPECT_EQ(table.GetByObject(60)->String_Usage_ID, 11u);
-    EXPECT_TRUE(fake.log.empty());  // no unique-object column: nothing to create or delete
-}
-
 TEST(EnhTable, RoundTripThroughAModelFile) {
     TempDir dir;
     const std::string path = dir.File("round.zmf");
@@ -570,10 +304,6 @@ TEST(EnhTable, RoundTripThroughAModelFile) {
     EXPECT_EQ(FKUniqueIds(*table, 2), (std::vector<ULONG>{1001, 1007, 1010}));
     EXPECT_EQ(table->Insert(1, 0u, 0u, 0u, 0u, 0, 0), 13u);  // the counter persisted
 }
-
-}  // namespace
-
-namespace {
 
 // The index of loaded rows is filed on first use; until then, inserts and updates
 // must leave it as if it had been filed at load.

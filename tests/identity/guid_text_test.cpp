@@ -77,37 +77,12 @@ TEST(GuidText, StoredFormIsTheRuntimeTextWithoutDashesAndNilIsEmpty) {
     }
 }
 
-TEST(GuidText, AcceptedAndRejectedForms) {
-    GUID g{};
-    EXPECT_TRUE(GuidFromText("0123456789abcdeffedcba9876543210", g));
-    EXPECT_EQ(g, kSample);
-    g = {};
-    EXPECT_TRUE(GuidFromText("01234567-89AB-CDEF-FEDC-BA9876543210", g));
-    EXPECT_EQ(g, kSample);
-    g = {};
-    EXPECT_TRUE(GuidFromText("0123456789ABCDEFFEDCBA9876543210", g));
-    EXPECT_EQ(g, kSample);
-
-    // Every rejection leaves the target as it was.
-    // Every rejection leaves the target as it was. (Random near-misses follow.)
-    for (const char* bad :
-         {"", "0123456789abcdeffedcba987654321", "0123456789abcdeffedcba98765432g0",
-          "0123456789abcdeffedcba987654321-",      // 32 with a dash
-          "012345678-9ab-cdef-fedc-ba9876543210",  // dashes misplaced
-          "{01234567-89ab-cdef-fedc-ba9876543210}"}) {
-        GUID target = kOther;
-        EXPECT_FALSE(GuidFromText(bad, target)) << bad;
-        EXPECT_EQ(target, kOther) << bad;
-    }
-    GUID target = kOther;
-    EXPECT_FALSE(GuidFromText(std::string_view("0123456789abcdef\0edcba9876543210", 32), target));
-    EXPECT_EQ(target, kOther);
-
-    // Lookups drop dashes wherever they stand, and still need exactly 32 digits.
-    g = {};
+TEST(GuidText, LookupsIgnoreDashes) {
+    // Parsing proper is checked against the runtime below; lookups drop dashes
+    // wherever they stand, and still need exactly 32 digits.
+    GUID g{}, target = kOther;
     EXPECT_TRUE(GuidFromTextIgnoringDashes("-01-23456789abcdeffedcba98765432-10--", g));
     EXPECT_EQ(g, kSample);
-    target = kOther;
     EXPECT_FALSE(GuidFromTextIgnoringDashes("0123456789abcdeffedcba98765432100", target));
     EXPECT_FALSE(GuidFromTextIgnoringDashes("--", target));
     EXPECT_EQ(target, kOther);
@@ -182,26 +157,3 @@ TEST(GuidText, NewGuidsAndTheirFallbacks) {
 }
 
 }  // namespace
-
-// The GUID map's hash must spread GUIDs that differ in a single field as well as
-// random ones; a sum of the bytes would put these into a few dozen chains.
-TEST(GuidText, MapHashSpreadsNeighbouringGuids) {
-    constexpr UINT kBuckets = 17001;  // 10,000 objects: 1.7 times, odd
-    for (int pattern = 0; pattern < 3; ++pattern) {
-        std::vector<int> chain(kBuckets, 0);
-        int longest = 0;
-        for (std::uint32_t i = 0; i < 10000; ++i) {
-            GUID g = kSample;
-            if (pattern == 0) {
-                g.Data1 += i;  // a counter in front
-            } else if (pattern == 1) {
-                g.Data4[6] = static_cast<std::uint8_t>(i >> 8);  // a counter at the end
-                g.Data4[7] = static_cast<std::uint8_t>(i);
-            } else {
-                UuidCreate(&g);
-            }
-            longest = std::max(longest, ++chain[SGuidHashTraits::Hash(g) % kBuckets]);
-        }
-        EXPECT_LE(longest, 8) << pattern;
-    }
-}

@@ -86,39 +86,6 @@ std::vector<ULONG> Statuses(CGuidMgr& mgr) {
     return out;
 }
 
-TEST(RepoStatus, SingleObjectOperations) {
-    auto file = CZmfFile::OpenMemory();
-    auto mgr = StatusModel(*file, {{5, 1}, {5, 0x104}, {5, 0x19}});
-    mgr->FlagOnRepoStatus(1, 2, false);
-    EXPECT_EQ(mgr->GetRepoStatus(1), 1u);
-    mgr->FlagOnRepoStatus(1, 2, true);
-    EXPECT_EQ(mgr->GetRepoStatus(1), 2u);
-    mgr->FlagOnRepoStatus(2, 2, false);
-    EXPECT_EQ(mgr->GetRepoStatus(2), 0x102u);
-    mgr->FlagOnRepoStatus(2, 4, false);
-    EXPECT_EQ(mgr->GetRepoStatus(2), 4u);
-    mgr->FlagOnRepoStatus(2, 3, true);
-    EXPECT_EQ(mgr->GetRepoStatus(2), 4u);
-    mgr->FlagOnRepoStatus(2, 0x21, false);
-    EXPECT_EQ(mgr->GetRepoStatus(2), 0x21u);
-    mgr->FlagOffRepoStatus(3, 0x18);
-    EXPECT_EQ(mgr->GetRepoStatus(3), 1u);
-
-    // By GUID text, force off; unknown ids and GUIDs change nothing.
-    CString guid;
-    ASSERT_TRUE(mgr->GetObjectGUID(3, guid));
-    mgr->FlagOnRepoStatus(guid, 8);
-    EXPECT_EQ(mgr->GetRepoStatus(3), 9u);
-    mgr->FlagOnRepoStatus(guid, 2);
-    EXPECT_EQ(mgr->GetRepoStatus(3), 9u);
-    mgr->FlagOnRepoStatus(99, 4, true);
-    mgr->FlagOffRepoStatus(99, 1);
-    mgr->FlagOnRepoStatus(CString(GuidTextFor(99).c_str()), 4);
-    EXPECT_EQ(Statuses(*mgr), (std::vector<ULONG>{2, 0x21, 9}));
-    EXPECT_EQ(mgr->GetRepoStatus(0), 0u);
-    EXPECT_EQ(mgr->GetRepoStatus(99), 0u);
-}
-
 TEST(RepoStatus, WholeModelOperations) {
     auto file = CZmfFile::OpenMemory();
     //                        type/status: 1      2        3       4       5

@@ -93,11 +93,4 @@ TEST(ModelFile, GeneratedModelsAreSoundAndRepeatable) {
     EXPECT_EQ(tessmeta::CheckModelFile(first->GetFile()).ErrorCount(), 0u);
 }
 
-TEST(ModelFile, OpenRefusesWhatIsNotAModel) {
-    TempDir dir;
-    std::string error;
-    EXPECT_FALSE(CModelFile::Open(dir.File("none.zmf"), &error));
-    EXPECT_EQ(error, dir.File("none.zmf") + ": cannot open: no such file");
-}
-
 }  // namespace

@@ -56,26 +56,4 @@ TEST(ModelOnServer, EveryManagerStoresTheSameRowsAsInAFile) {
     EXPECT_EQ(Difference(uri, path), "");
 }
 
-TEST(ModelOnServer, AStaleModelIsNotSavedAndCanBeReopened) {
-    const std::string uri = tessmeta::test::NewModelUri("stale");
-    std::string error;
-    ASSERT_TRUE(CModelFile::Create(uri, &error)) << error;
-    auto first = OpenModel(uri);
-    auto second = OpenModel(uri);
-    ASSERT_TRUE(first && second);
-    tessmeta::GenerateModel(*first, {20, 1});
-    ASSERT_TRUE(first->Save()) << first->GetLastError();
-
-    tessmeta::GenerateModel(*second, {30, 2});
-    EXPECT_FALSE(second->Save());
-    EXPECT_NE(second->GetLastError().find("changed since it was opened"), std::string::npos)
-        << second->GetLastError();
-    EXPECT_FALSE(second->GetFile().IsSaving());
-
-    auto reopened = OpenModel(uri);
-    ASSERT_TRUE(reopened);
-    EXPECT_EQ(reopened->GetGuidMgr().GetUniqueObjCount(), first->GetGuidMgr().GetUniqueObjCount());
-    ASSERT_TRUE(reopened->Save()) << reopened->GetLastError();
-}
-
 }  // namespace

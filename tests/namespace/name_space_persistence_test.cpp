@@ -72,13 +72,9 @@ TEST(NameSpacePersistence, RoundTripThroughAFile) {
     EXPECT_EQ(ns.GetStringIdFromStringNoCase("customer"), 8u);
     EXPECT_EQ(ns.GetStringIdFromObjectAndUsageTypeIds(1, ns.GetEntityDefinitionUsageId()), 2);
     EXPECT_EQ(ObjectsUsing(ns, ns.GetTableNameUsageId(), 7), (std::vector<int>{4}));
-    // Counters continue past the loaded ids; maps are sized from the saved figures.
+    // Counters continue past the loaded ids.
     EXPECT_EQ(ns.AddString("fresh", 9, 1), 9);
     EXPECT_NE(ns.GetStringUsageTable().GetRow(6), nullptr);
-    EXPECT_EQ(ns.GetStringTablePair().GetSmallTable().GetTextMap().GetHashTableSize(), 8u);
-    EXPECT_EQ(ns.GetStringTablePair().GetLargeTable().GetIdMap().GetHashTableSize(), 2u);
-    EXPECT_EQ(ns.GetStringUsageTable().GetObjectMap().GetHashTableSize(), 4u);
-    EXPECT_EQ(ns.GetStringUsageTypeTable().GetNameMap().GetHashTableSize(), 121u);
 }
 
 TEST(NameSpacePersistence, PurgeRules) {
@@ -121,66 +117,6 @@ TEST(NameSpacePersistence, PurgeRules) {
     EXPECT_EQ(ReadSmall(*file).size(), 4u);
 }
 
-// A purged row that was found under a key shared with an older row uncovers that
-// row, as a reload of the saved file would, whether or not the maps were filed yet.
-TEST(NameSpacePersistence, PurgeUncoversTheOlderCaseVariant) {
-    for (bool looked : {true, false}) {
-        SCOPED_TRACE(looked ? "maps filed" : "maps pending");
-        SLoaded m({{{1, "Data", 0}, {2, "DATA_X", 0}, {3, "data_x", 0}},
-                   {},
-                   {{1, 5, 1, 1}, {2, 5, 2, 2}},
-                   {}});
-        CNameSpaceMgr& ns = *m.ns;
-        if (looked) {
-            EXPECT_EQ(ns.GetStringIdFromStringNoCase("Data_X"), 3u);
-        }
-        ns.Save(m.file.get(), 1, 1);
-        EXPECT_EQ(ReadSmall(*m.file), (std::vector<SmallRow>{{1, "Data", 0}, {2, "DATA_X", 0}}));
-        EXPECT_EQ(ns.GetStringIdFromStringNoCase("Data_X"), 2u);
-        EXPECT_EQ(ns.GetStringIdFromString("data_x"), 0u);
-        EXPECT_EQ(ns.AddToStringTable("data_x"), 4);
-    }
-}
-
-TEST(NameSpacePersistence, StringsOnlyAndReleasingTables) {
-    const SStoredRows rows{
-        {{1, "kept", 0}, {2, "long enough", 0}}, {}, {{1, 10, 1, 2}}, {{1, "Entity Name"}}};
-    auto file = CZmfFile::OpenMemory();
-    StoreRows(*file, rows);
-    {
-        CNameSpaceMgr ns(file.get());
-        ns.Init(0, 0, 1, 0, 0);
-        EXPECT_EQ(ns.GetStringIdFromString("long enough"), 2u);
-        // The usage-type table is saved although it holds nothing in memory.
-        ns.Save(file.get(), 0, 0);
-        EXPECT_TRUE(ReadUsageTypes(*file).empty());
-        EXPECT_EQ(ReadSmall(*file).size(), 2u);
-        EXPECT_EQ(ReadUsages(*file).size(), 1u);  // not written, so untouched
-    }
-    StoreRows(*file, rows);
-    CNameSpaceMgr ns(file.get());
-    ns.Init(0, 0, 0, 0, 1);
-    auto held = [&](CEnhTableBase& table) { return *table.GetTablePtrAddr() != nullptr; };
-    // A deferred load that never completed keeps its record-store table.
-    EXPECT_FALSE(held(ns.GetStringTablePair().GetSmallTable()));
-    EXPECT_FALSE(held(ns.GetStringUsageTypeTable()));
-    ns.ReleaseStorageTables(0);
-    EXPECT_TRUE(held(ns.GetStringUsageTable()));
-    // A save completes the load before writing, and holds all four tables until
-    // they are released.
-    ns.Save(file.get(), 1, 1);
-    EXPECT_EQ(ns.IsStringUsageLoadComplete(), 1);
-    EXPECT_EQ(ReadUsages(*file).size(), 1u);
-    EXPECT_EQ(ReadSmall(*file).size(), 2u);  // "long enough" is used
-    EXPECT_TRUE(held(ns.GetStringTablePair().GetLargeTable()));
-    EXPECT_TRUE(held(ns.GetStringUsageTable()));
-    ns.ReleaseStorageTables(0);
-    EXPECT_FALSE(held(ns.GetStringTablePair().GetSmallTable()));
-    EXPECT_FALSE(held(ns.GetStringTablePair().GetLargeTable()));
-    EXPECT_FALSE(held(ns.GetStringUsageTable()));
-    EXPECT_FALSE(held(ns.GetStringUsageTypeTable()));
-}
-
 // "Flush to zmflib Failure at line: <a line number>\n"
 bool IsFlushFailure(const std::string& trace) {
     const std::string prefix = "Flush to zmflib Failure at line: ";
@@ -214,37 +150,6 @@ TEST(NameSpacePersistence, FailedInsertInEachTableSave) {
         ns.Save(file.get(), 1, 0);
         EXPECT_EQ(ReadSmall(*file).size() + ReadUsageTypes(*file).size(), 8u + 121u);
     }
-
-    // The results of the table saves.
-    auto file = CZmfFile::OpenMemory();
-    CNameSpaceMgr ns(file.get());
-    ns.Init(0, 0, 0, 0, 0);
-    Populate(ns);
-    CapturedOutput output;
-    EXPECT_EQ(ns.GetStringTablePair().Save(file.get(), 0), 1);
-    file->GetTable("LargeString")->FailInsertCalls({1});
-    EXPECT_EQ(ns.GetStringTablePair().Save(file.get(), 0), 0);
-    file->GetTable("StringUsage")->FailInsertCalls({3});
-    EXPECT_EQ(ns.GetStringUsageTable().Save(file.get()), 0);
-    EXPECT_EQ(ReadUsages(*file).size(), 2u);
-    file->GetTable("StringUsageType")->FailInsertCalls({121});
-    EXPECT_EQ(ns.GetStringUsageTypeTable().Save(file.get()), 0);
-    EXPECT_EQ(ReadUsageTypes(*file).size(), 120u);
-    EXPECT_EQ(output.Traces().size(), 3u);
-
-    // Rows purged before a failed insert stay purged; rows after it stay in memory.
-    auto purgeFile = CZmfFile::OpenMemory();
-    CNameSpaceMgr purging(purgeFile.get());
-    purging.Init(0, 0, 0, 0, 0);
-    purging.AddConstString("unused text");   // 1: purged
-    purging.AddString("first", 1, 1);        // 2: written
-    purging.AddString("second", 2, 1);       // 3: its insert fails
-    purging.AddConstString("unused later");  // 4: not reached
-    purgeFile->GetTable("SmallString")->FailInsertCalls({2});
-    EXPECT_EQ(purging.GetStringTablePair().Save(purgeFile.get(), 1), 0);
-    EXPECT_EQ(TextOf(purging, 1), kInvalid);
-    EXPECT_EQ(TextOf(purging, 4), "unused later");
-    EXPECT_EQ(ReadSmall(*purgeFile), (std::vector<SmallRow>{{2, "first", 0}}));
 }
 
 }  // namespace

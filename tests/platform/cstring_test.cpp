@@ -68,25 +68,6 @@ TEST(CStringTest, ComparisonAndCaseRules) {
     EXPECT_EQ(s.MakeLower(), "azaz09@[`{\xE9\xC9\xFF");
 }
 
-TEST(CStringTest, FormatHandlesLongOutputAndSelfReference) {
-    CString s;
-    s.Format("%d-%s-%c", 42, "x", 'y');
-    EXPECT_EQ(s, "42-x-y");
-    const std::string big(5000, 'q');
-    s.Format("<%s>", big.c_str());
-    EXPECT_EQ(s.View(), "<" + big + ">");
-    s.AppendFormat("%05d", 7);
-    EXPECT_EQ(s.Right(6), ">00007");
-
-    CString self("abc");
-    self.Format("%s%s", self.GetString(), self.GetString());
-    EXPECT_EQ(self, "abcabc");
-    self.AppendFormat("%s%s", big.c_str(), self.GetString());  // forces reallocation
-    EXPECT_EQ(self.View(), "abcabc" + big + "abcabc");
-    s.Format("%s", "");
-    EXPECT_TRUE(s.IsEmpty());
-}
-
 TEST(CStringTest, EditsAtBoundaries) {
     CString s("banana");
     EXPECT_EQ(s.Remove('a'), 3);
@@ -146,30 +127,6 @@ TEST(CStringTest, SearchAndSubstringsClamp) {
     EXPECT_EQ(t.Mid(1, -2), "");
     EXPECT_EQ(t.Right(2), "ef");
     EXPECT_EQ(t.Right(99), "abcdef");
-}
-
-TEST(CStringTest, IndexingAndBuffers) {
-    CString s("ab");
-    EXPECT_EQ(s[size_t{1}], 'b');
-    EXPECT_EQ(s.GetAt(2), '\0');  // outside the text: harmless
-    s.SetAt(-1, 'z');
-    EXPECT_EQ(s, "ab");
-
-    std::strcpy(s.GetBuffer(10), "hello");
-    s.ReleaseBuffer();
-    EXPECT_EQ(s.GetLength(), 5);
-    EXPECT_STREQ(s.GetBuffer(0), "hello");  // keeps the text
-    s.ReleaseBuffer(2);
-    EXPECT_EQ(s, "he");
-    char* p = s.GetBufferSetLength(4);
-    p[2] = 'y';
-    p[3] = '!';
-    s.ReleaseBuffer();
-    EXPECT_EQ(s, "hey!");
-    CString e;
-    e.GetBuffer(0);
-    e.ReleaseBuffer();
-    EXPECT_TRUE(e.IsEmpty());
 }
 
 }  // namespace

@@ -15,46 +15,6 @@
 
 namespace {
 
-TEST(RegisterWindowMessageTest, StableIdsFromC000AcrossThreads) {
-    EXPECT_EQ(RegisterWindowMessageA(nullptr), 0u);
-    EXPECT_EQ(RegisterWindowMessageA(""), 0u);
-
-    // Names unique to this test, so other registrations in the process do not matter.
-    const std::string prefix = "%$TEST_WINMSG_" + std::to_string(getpid()) + "_";
-    std::mutex mutex;
-    std::map<std::string, std::vector<UINT>> seen;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t) {
-        threads.emplace_back([&, t] {
-            for (int round = 0; round < 200; ++round) {
-                const std::string name = prefix + std::to_string((round + t) % 25);
-                const UINT id = RegisterWindowMessageA(name.c_str());
-                std::lock_guard<std::mutex> lock(mutex);
-                seen[name].push_back(id);
-            }
-        });
-    }
-    for (auto& thread : threads)
-        thread.join();
-
-    ASSERT_EQ(seen.size(), 25u);
-    std::map<UINT, std::string> owners;
-    for (const auto& [name, ids] : seen) {
-        for (UINT id : ids)
-            EXPECT_EQ(id, ids.front()) << name;
-        EXPECT_GE(ids.front(), 0xC000u);
-        EXPECT_LE(ids.front(), 0xFFFFu);
-        EXPECT_TRUE(owners.emplace(ids.front(), name).second) << "id shared by two names";
-        EXPECT_EQ(RegisterWindowMessageA(name.c_str()), ids.front());
-    }
-    // Ids rise by one per new name, with no gaps.
-    EXPECT_EQ(owners.rbegin()->first - owners.begin()->first, 24u);
-    const UINT next = RegisterWindowMessageA((prefix + "fresh").c_str());
-    EXPECT_GT(next, owners.rbegin()->first);
-    // Comparison is exact: a change of case is another name.
-    EXPECT_NE(RegisterWindowMessageA((prefix + "FRESH").c_str()), next);
-}
-
 TEST(GetModuleFileNameTest, PathOfTheModuleHoldingTheLibrary) {
     // The library is linked statically into this test program.
     char expected[PATH_MAX];

@@ -138,19 +138,6 @@ TEST(ObjectModifications, LookupAgreesWithAWalkOfBothLists) {
     three.Init(0);
     EXPECT_EQ(ModRows(three), (CRows{{101, 0}, {102, 0}, {104, 0}}));
     EXPECT_EQ(three.GetRow(9)->Object_ID, 102u);
-
-    // Rows follow their object's class, and a removal refuses a row of the other list.
-    const ULONG diagramObject = m.Diagram(), dictionaryObject = m.Dictionary();
-    m.mods.RemoveAll();
-    m.repo.InsertObjectModificationRow(diagramObject, kMod, 0);
-    m.repo.InsertObjectModificationRow(dictionaryObject, kMod, 0);
-    EXPECT_EQ(m.mods.GetDiagObjCount(), 1);
-    EXPECT_EQ(m.mods.GetDataDictObjCount(), 1);
-    EXPECT_EQ(m.mods.RemoveDiagObj(m.mods.GetFKRow(dictionaryObject)), 0);
-    EXPECT_EQ(m.mods.RemoveDataDictObj(m.mods.GetFKRow(diagramObject)), 0);
-    CKelObjectModifications duplicate;
-    duplicate.SetTechKey(m.mods.GetFKRow(diagramObject)->GetTechKey());
-    EXPECT_EQ(m.mods.Insert(&duplicate), 0u);  // a key already in the table
 }
 
 TEST(ObjectModifications, ClearingRemovesRowsThenDeletesTheObjects) {
@@ -188,15 +175,6 @@ TEST(ObjectModifications, ClearingRemovesRowsThenDeletesTheObjects) {
     m.repo.ClearDiagModsAndDels();
     EXPECT_TRUE(ModRows(m.mods).empty());
     EXPECT_TRUE(m.Exists(diagMod) && m.Exists(dictMod));  // only deletions delete objects
-
-    const ULONG diag2 = m.Diagram(), dict2 = m.Dictionary();
-    m.repo.InsertObjectModificationRow(diag2, kDel, 0);
-    m.repo.InsertObjectModificationRow(dict2, kDel, 0);
-    m.repo.InsertObjectModificationRow(diagMod, kMod, 0);
-    m.repo.ClearModsAndDels();
-    EXPECT_TRUE(ModRows(m.mods).empty());
-    EXPECT_FALSE(m.Exists(diag2) || m.Exists(dict2));
-    EXPECT_TRUE(m.Exists(diagMod));
 }
 
 TEST(ObjectModifications, SaveFlagsAgainstTheStoredTable) {
@@ -245,39 +223,6 @@ TEST(ObjectModifications, SaveFlagsAgainstTheStoredTable) {
     ASSERT_TRUE(m.model->Save(empty));
     EXPECT_TRUE(stored().empty());
     EXPECT_TRUE(ModRows(m.mods).empty());
-}
-
-TEST(ObjectModifications, WriteThroughReachesTheFileBeforeAnySave) {
-    TempDir dir;
-    const std::string path = dir.File("through.zmf");
-    SRepoModel m(CModelFile::Create(path, nullptr));
-    const ULONG a = m.Diagram(), b = m.Diagram(), c = m.Diagram();
-    auto onDisk = [&](const char* table) {
-        auto file = CZmfFile::Open(path);
-        return tessmeta::test::StoredRows(*file, {table});
-    };
-    const ULONG key = m.repo.InsertObjectModificationRowFromCmpMgr(a, kMod);
-    m.repo.InsertObjectModificationRow(b, kMod, 0);  // memory only
-    auto rows = onDisk("ObjectModification");
-    ASSERT_EQ(rows.size(), 1u);
-    EXPECT_NE(rows[0].find("Object_ID=" + std::to_string(a)), std::string::npos) << rows[0];
-    EXPECT_EQ(m.repo.InsertObjectModificationRowFromCmpMgr(a, kDel), key);
-    rows = onDisk("ObjectModification");
-    ASSERT_EQ(rows.size(), 1u);
-    EXPECT_NE(rows[0].find("Modification_Kind=1"), std::string::npos) << rows[0];
-
-    CIdList tied{a, c};
-    m.repo.MakeIntermodelRelationshipFromCmpMgr(&tied);
-    EXPECT_EQ(onDisk("InterModelRelationship").size(), 1u);
-    EXPECT_EQ(onDisk("InterModelObjectLink").size(), 2u);
-
-    // Closed without a save: the rows written through are there, and their keys are
-    // never handed out again.
-    m.model.reset();
-    SRepoModel reopened(CModelFile::Open(path, nullptr));
-    EXPECT_EQ(reopened.repo.IsObjectDeleted(a), 1);
-    EXPECT_EQ(reopened.repo.IsObjectModified(b), 0);
-    EXPECT_GT(reopened.repo.InsertObjectModificationRow(b, kMod, 1), key);
 }
 
 }  // namespace

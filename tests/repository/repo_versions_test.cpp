@@ -91,21 +91,4 @@ TEST(RepositoryVersions, DeletedDictionaryObjectsOfOlderFiles) {
     }
 }
 
-// A manager built by hand: the warning comes once per construction, and without a
-// dictionary manager there is no repair and no warning.
-TEST(RepositoryVersions, WarningOncePerConstruction) {
-    TempDir dir;
-    const SOldFile two = WriteModel(dir, true);
-    auto model = OpenAs(two.path, 530);
-    CapturedOutput output;
-    for (int i = 0; i < 2; ++i) {
-        CRepoTableManager repo(&model->GetFile(), &model->GetGuidMgr(), &model->GetDictObjectMgr(),
-                               501);
-        EXPECT_EQ(output.MessageBoxes().size(), static_cast<size_t>(i + 1));
-    }
-    CRepoTableManager withoutDictionary(&model->GetFile(), &model->GetGuidMgr(), nullptr, 500);
-    EXPECT_EQ(output.MessageBoxes().size(), 2u);
-    EXPECT_EQ(model->GetGuidMgr().GetUniqueObjectObjectDomainID(two.deleted), two.domain);
-}
-
 }  // namespace

@@ -26,23 +26,6 @@ Table& TableOf(CModelFile& model) {
     return *found;
 }
 
-// The object type of each table's rows.
-const char* TypeName(const CEnhStorageObjectTable*) {
-    return "Storage Object";
-}
-const char* TypeName(const CEnhProcTable*) {
-    return "Procedure";
-}
-const char* TypeName(const CEnhDbPackageTable*) {
-    return "Package";
-}
-const char* TypeName(const CEnhDbTriggerTable*) {
-    return "Trigger";
-}
-const char* TypeName(const CEnhTemplatedProcTable*) {
-    return "Templated Procedure";
-}
-
 // Inserts in the text form with texts "<prefix>0", "<prefix>1", ...
 template <class Table>
 ULONG InsertTexts(Table& table, ULONG model, const std::string& prefix) {
@@ -88,17 +71,12 @@ TYPED_TEST(CodeObjectTable, EditsWalksAndRoundTrips) {
     const auto m1 = static_cast<ULONG>(guids.GetNewUniqueId(CString("Model"), 0, 0, 0));
     const auto m2 = static_cast<ULONG>(guids.GetNewUniqueId(CString("Model"), 0, 0, 0));
     Table& table = TableOf<Table>(*model);
-    for (int i = 0; i < static_cast<int>(Table::kTextCount); ++i)
-        EXPECT_NE(table.GetUsageTypeId(i), 0) << i;  // every role exists in a new model
 
     const ULONG a = InsertTexts(table, m1, "a");
     const ULONG b = InsertTexts(table, m2, "b");
     const ULONG c = InsertTexts(table, m1, "c");
     EXPECT_EQ(Texts(table, a)[3], "a3");
     const auto objectA = static_cast<int>(table.GetRow(a)->Global_User_ID);
-    CString typeName;
-    guids.GetObjectType(static_cast<unsigned>(objectA), typeName);
-    EXPECT_EQ(typeName, TypeName(&table));
     LONG type, owner, plex1, plex2;
     guids.GetObjectTypeAndModelIds(objectA, type, owner, plex1, plex2);
     EXPECT_EQ(static_cast<ULONG>(owner), m1);
@@ -122,7 +100,6 @@ TYPED_TEST(CodeObjectTable, EditsWalksAndRoundTrips) {
     CString text;
     ASSERT_EQ(table.GetName(table.GetRow(c), text), 1);
     EXPECT_EQ(text, "renamed");
-    EXPECT_EQ(table.SetOwner(ULONG{9999}, CString("x")), 0);
     EXPECT_EQ(KeysOfModel(table, m1), (std::vector<ULONG>{a, c}));
     const auto* rowC = table.GetRow(c);
     if constexpr (Table::kTextCount == 5)
@@ -153,20 +130,6 @@ TYPED_TEST(CodeObjectTable, EditsWalksAndRoundTrips) {
     EXPECT_EQ(KeysOfModel(reloaded, m2), (std::vector<ULONG>{c, d}));  // list order now
     EXPECT_EQ(model->GetSchemaObjectMgr().DeleteModelObjects(m2), 2);
     EXPECT_EQ(model->GetSchemaObjectMgr().GetCount(), 1);
-}
-
-TEST(CodeObjectTables, PackagesHaveAHeaderAndABody) {
-    auto model = CModelFile::CreateInMemory();
-    CEnhDbPackageTable& packages = model->GetSchemaObjectMgr().GetDbPackageTable();
-    const ULONG key = packages.Insert(1, "p", "o", "d", "head", "body", 0, 0);
-    CString text;
-    packages.GetHeaderValue(key, text);
-    EXPECT_EQ(text, "head");
-    packages.SetBodyValue(key, "new body");
-    packages.GetBodyValue(packages.GetRow(key), text);
-    EXPECT_EQ(text, "new body");
-    packages.GetValue(key, text);  // the fourth text is the header
-    EXPECT_EQ(text, "head");
 }
 
 }  // namespace

@@ -48,23 +48,4 @@ TEST(ViewEditState, FoldingFollowsTheTransitionRulesForEveryCodeAndFlag) {
     }
 }
 
-TEST(ViewEditState, SettersReplaceOnlyTheirHalf) {
-    CViewEditState state;
-    EXPECT_EQ(state.GetEditState(), 0u);
-    EXPECT_EQ(state.GetAndUpdateEditState(), 0u);
-    EXPECT_EQ(state.GetEditState(), 0u);
-
-    state.SetEditState(0xAAAA5555);
-    state.SetUserEditState(0x12345);  // bits above 15 dropped
-    EXPECT_EQ(state.GetEditState(), 0xAAAA2345u);
-    state.SetPlexEditState(0x12345);  // bits above 15 lost in the shift
-    EXPECT_EQ(state.GetEditState(), 0x23452345u);
-    EXPECT_EQ(state.GetPlexEditState(), 0x2345u);
-    EXPECT_EQ(state.GetUserEditState(), 0x2345u);
-
-    state.SetEditState(0x00028003);  // plex 2, user 3 with its flag
-    EXPECT_EQ(state.GetAndUpdateEditState(), 0x8003u);
-    EXPECT_EQ(state.GetEditState(), 0x80048000u);
-}
-
 }  // namespace

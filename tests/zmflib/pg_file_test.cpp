@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "support/pg_test.h"
@@ -95,13 +94,6 @@ TEST(PgFile, ErrorsNameTheModelAndNeverThePassword) {
     const std::string missing = TestServer().Uri("no_such_model");
     EXPECT_EQ(OpenError(missing), missing + ": cannot open: no model named \"no_such_model\"");
 
-    // A database without models.
-    ServerSql("DROP DATABASE IF EXISTS empty_db");
-    ServerSql("CREATE DATABASE empty_db");
-    const std::string empty =
-        "postgresql:///empty_db/m?host=" + TestServer().Dir() + "&user=tessmeta";
-    EXPECT_TRUE(Contains(OpenError(empty), "(the database holds no models)"));
-
     // No server there: the message shows the URI with the password hidden.
     const std::string secret = "postgresql://someone:TopSecret1@/postgres/m?host=/nonexistent";
     error = OpenError(secret);
@@ -110,23 +102,6 @@ TEST(PgFile, ErrorsNameTheModelAndNeverThePassword) {
         << error;
     EXPECT_FALSE(Contains(error, "TopSecret1")) << error;
     EXPECT_TRUE(Contains(OpenError("postgresql://x/only_db"), "names no model"));
-}
-
-TEST(PgFile, OneDatabaseHoldsManyIndependentModels) {
-    const std::string a = NewModelUri("many_a"), b = NewModelUri("many_b");
-    {
-        auto fa = CreateOk(a);
-        auto fb = CreateOk(b);
-        SaveObjects(*fa, 30, 0);
-        SaveObjects(*fb, 5, 100);
-        fb->GetIdentityMgr()->SetKeyValue(9, 77);
-        ASSERT_TRUE(fb->Commit());
-    }
-    ExpectObjects(a, 30, 0);
-    ExpectObjects(b, 5, 100);
-    EXPECT_EQ(OpenOk(a)->GetIdentityMgr()->GetKeyValue(9), 0u);
-    EXPECT_EQ(OpenOk(b)->GetIdentityMgr()->GetKeyValue(9), 77u);
-    EXPECT_NE(SchemaOf(a), SchemaOf(b));
 }
 
 TEST(PgFile, TheSecondOfTwoSavesIsRefusedAndNothingIsMixed) {
@@ -156,83 +131,6 @@ TEST(PgFile, TheSecondOfTwoSavesIsRefusedAndNothingIsMixed) {
     second = OpenOk(uri);
     SaveObjects(*second, 4, 3);
     ExpectObjects(uri, 4, 3);
-
-    // While one save is under way the other waits for it, then is refused; the
-    // model holds the first's rows only.
-    auto a = OpenOk(uri);
-    auto b = OpenOk(uri);
-    CTableBase* t = a->GetEmptyTable("UniqueObject");
-    ASSERT_NE(t, nullptr);
-    for (ULONG k = 1; k <= 3; ++k) {
-        CUniqueObjectBase row(k);
-        row.Model_ID = k + 50;
-        t->Insert(&row);
-    }
-    bool bSaved = true;
-    std::thread other([&] { bSaved = b->GetEmptyTable("UniqueObject") != nullptr; });
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    ASSERT_TRUE(a->Commit()) << a->GetLastError();
-    other.join();
-    EXPECT_FALSE(bSaved);
-    EXPECT_TRUE(Contains(b->GetLastError(), "changed since it was opened")) << b->GetLastError();
-    ExpectObjects(uri, 3, 50);
-}
-
-TEST(PgFile, ASaveWaitsForAnotherOnlyAsLongAsTheLockTimeout) {
-    const std::string name = tessmeta::test::UniqueModelName("busy");
-    const std::string uri = TestServer().Uri(name);
-    CreateOk(uri);
-    auto a = OpenOk(uri);
-    auto b = OpenOk(TestServer().Uri(name, "options=-c%20lock_timeout%3D200ms"));
-    ASSERT_NE(a->GetEmptyTable("UniqueObject"), nullptr);
-    EXPECT_EQ(b->GetEmptyTable("UniqueObject"), nullptr);
-    EXPECT_TRUE(Contains(b->GetLastError(), "is busy: another user is saving or reading it"))
-        << b->GetLastError();
-    ASSERT_TRUE(a->Commit());
-    // Once the first save is in, the second user's model is stale.
-    EXPECT_EQ(b->GetEmptyTable("UniqueObject"), nullptr);
-    EXPECT_TRUE(Contains(b->GetLastError(), "changed since it was opened"));
-}
-
-TEST(PgFile, WriteThroughChangesAreSharedAtOnceAndKeepStoredOrder) {
-    const std::string uri = NewModelUri("shared");
-    auto writer = CreateOk(uri);
-    SaveObjects(*writer, 6, 0);
-    auto reader = OpenOk(uri);
-
-    // Rows inserted, updated and deleted outside a save; another user sees them at
-    // once and can change them too, and neither user's model is stale by it.
-    CTableBase* t = writer->GetTable("UniqueObject");
-    CUniqueObjectBase row(7);
-    row.Model_ID = 7;
-    ASSERT_EQ(t->Insert(&row), 1);
-    CUniqueObjectBase probe(2);
-    ASSERT_EQ(t->Delete(&probe), 1);
-    probe = CUniqueObjectBase(4);
-    probe.Model_ID = 40;
-    ASSERT_EQ(reader->GetTable("UniqueObject")->Update(&probe), 1);
-    ASSERT_EQ(t->Get(&probe), 1);
-    EXPECT_EQ(probe.Model_ID, 40u);
-    CUniqueObjectBase absent(99);
-    EXPECT_EQ(t->Update(&absent), 0);
-    EXPECT_FALSE(writer->HasError()) << writer->GetLastError();
-
-    // The updated row moved in the server's storage; reads keep the stored order.
-    auto order = [&](CZmfFile& file) {
-        std::vector<ULONG> keys;
-        CUniqueObjectIterator it(file.GetTable("UniqueObject"));
-        CUniqueObjectBase r;
-        while (it.GetNext(&r))
-            keys.push_back(r.Unique_Object_ID);
-        return keys;
-    };
-    const std::vector<ULONG> expected{1, 3, 4, 5, 6, 7};
-    EXPECT_EQ(order(*reader), expected);
-    EXPECT_EQ(order(*OpenOk(uri)), expected);
-
-    // The writer's save, though, would drop the reader's update: refused.
-    EXPECT_EQ(writer->GetEmptyTable("UniqueObject"), nullptr);
-    EXPECT_TRUE(Contains(writer->GetLastError(), "another user saved or changed it"));
 }
 
 TEST(PgFile, ALostConnectionDuringASaveLeavesThePreviousModel) {
@@ -311,18 +209,6 @@ TEST(PgFile, LargeInterleavedSavesStreamAndReadBackInOrder) {
     }
     EXPECT_EQ(n, kRows);
     EXPECT_FALSE(reopened->HasError()) << reopened->GetLastError();
-
-    // A positional walk that jumps back re-seeks.
-    CTableBase* t = reopened->GetTable("UniqueObject");
-    POSITION start = t->GetStartPosition();
-    CUniqueObjectBase row;
-    POSITION second = start;
-    t->GetNext(second, &row);
-    POSITION third = second;
-    t->GetNext(third, &row);
-    EXPECT_EQ(row.Unique_Object_ID, 2u);
-    t->GetNext(start, &row);
-    EXPECT_EQ(row.Unique_Object_ID, 1u);
 }
 
 TEST(PgFile, DamageIsReportedNeverFollowed) {
@@ -339,14 +225,6 @@ TEST(PgFile, DamageIsReportedNeverFollowed) {
     {
         auto file = OpenOk(uri);
         EXPECT_TRUE(file->Verify()) << file->GetLastError();
-        // Rows out of their stored order while the store believes them in order.
-        ServerSql("UPDATE " + schema + ".\"UniqueObject\" SET zmf_row = 10 - zmf_row");
-        CUniqueObjectIterator it(file->GetTable("UniqueObject"));
-        CUniqueObjectBase row;
-        while (it.GetNext(&row)) {
-        }
-        EXPECT_TRUE(Contains(file->GetLastError(), "rows are out of their stored order"))
-            << file->GetLastError();
     }
     ServerSql("DROP SCHEMA " + schema + " CASCADE");
     EXPECT_TRUE(Contains(OpenError(uri), "are missing"));

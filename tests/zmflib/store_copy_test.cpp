@@ -57,25 +57,4 @@ TEST(StoreCopy, AFileThroughTheServerAndBackLosesNothing) {
     }
 }
 
-TEST(StoreCopy, AFailedCopyLeavesTheTargetAsItWas) {
-    auto from = CZmfFile::OpenMemory(510);
-    CTableBase* t = from->GetEmptyTable("MetaTable");
-    for (ULONG k = 1; k <= 3; ++k) {
-        CMetaTableBase row(k);
-        t->Insert(&row);
-    }
-    from->Commit();
-    const std::string uri = tessmeta::test::NewModelUri("failed");
-    std::string error;
-    auto to = CZmfFile::Create(uri, 530, &error);
-    ASSERT_TRUE(to) << error;
-    tessmeta::test::SaveObjects(*to, 4, 0);
-    to->GetTable("MetaTable")->FailInsertCalls({2});
-    EXPECT_FALSE(zmf::CopyStore(*from, *to, error));
-    EXPECT_NE(error.find("a row was refused"), std::string::npos) << error;
-    EXPECT_FALSE(to->IsSaving());
-    tessmeta::test::ExpectObjects(uri, 4, 0);
-    EXPECT_EQ(tessmeta::test::OpenOk(uri)->GetFormatVersion(), 530u);
-}
-
 }  // namespace

@@ -113,19 +113,6 @@ TEST_P(StoreTest, VersionAndCountersPersistOnlyAtCommit) {
     EXPECT_EQ(file->GetIdentityMgr()->GetKeyValue(5), 1u);
 }
 
-TEST_P(StoreTest, AnUncommittedSaveLeavesThePreviousContent) {
-    const std::string path = NewLocation("s");
-    {
-        auto file = CZmfFile::Create(path);
-        SaveObjects(*file, 10, 0);
-        CTableBase* t = file->GetEmptyTable("UniqueObject");
-        CUniqueObjectBase row(99);
-        t->Insert(&row);
-        EXPECT_EQ(t->GetCount(), 1u);  // the save sees its own rows
-    }
-    ExpectObjects(path, 10, 0);
-}
-
 TEST_P(StoreTest, InsertsOutsideASaveReachTheFileAtOnce) {
     const std::string path = NewLocation("w");
     auto file = CZmfFile::Create(path);

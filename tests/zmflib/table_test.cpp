@@ -118,58 +118,6 @@ TEST_P(TableTest, PositionalWalkAndIteratorsSeeRowsInOrder) {
     EXPECT_EQ(none.GetNext(&row), 0);
 }
 
-TEST_P(TableTest, EmptyTableAndHandles) {
-    CTableBase* t = file->GetEmptyTable("MetaTable");
-    CMetaTableBase row(1);
-    row.Name = "Entity";
-    t->Insert(&row);
-    ASSERT_TRUE(file->Commit());
-
-    CTableBase* again = file->GetEmptyTable("MetaTable");
-    EXPECT_EQ(again, t);
-    EXPECT_EQ(again->GetCount(), 0u);
-    EXPECT_EQ(file->ReleaseTable(&again, 0), 1);
-    EXPECT_EQ(again, nullptr);
-    EXPECT_EQ(file->ReleaseTable(&again, 0), 0);
-    EXPECT_TRUE(file->Commit());
-
-    EXPECT_EQ(file->GetTable("NoSuchTable"), nullptr);
-    EXPECT_NE(file->GetLastError().find("NoSuchTable"), std::string::npos);
-    EXPECT_EQ(file->GetEmptyTable(nullptr), nullptr);
-}
-
-TEST_P(TableTest, SizeEstimateFallsBackToRowCountButNeverZero) {
-    CTableBase* t = file->GetTable("Object_Domain");
-    EXPECT_EQ(t->GetSizeEstimate(), 1);  // never saved, no rows
-    t = file->GetEmptyTable("Object_Domain");
-    for (ULONG k = 1; k <= 3; ++k) {
-        CObject_DomainBase row(k);
-        t->Insert(&row);
-    }
-    EXPECT_EQ(t->GetSizeEstimate(), 3);  // still never given one
-    t->SetSizeEstimate(0);
-    EXPECT_EQ(t->GetSizeEstimate(), 0);  // an empty save's figure is kept as is
-    t->SetSizeEstimate(2);
-    EXPECT_EQ(t->GetSizeEstimate(), 2);
-}
-
-TEST_P(TableTest, InjectedInsertFailuresHitTheChosenCalls) {
-    CTableBase* t = file->GetEmptyTable("SmallString");
-    t->FailInsertCalls({2, 4});
-    std::vector<int> results;
-    for (ULONG k = 1; k <= 5; ++k) {
-        CSmallStringBase row(k);
-        results.push_back(t->Insert(&row));
-    }
-    EXPECT_EQ(results, (std::vector<int>{1, 0, 1, 0, 1}));
-    EXPECT_EQ(t->GetCount(), 3u);
-    // Another table is unaffected.
-    CTableBase* other = file->GetEmptyTable("LargeString");
-    CLargeStringBase big(1);
-    EXPECT_EQ(other->Insert(&big), 1);
-    EXPECT_EQ(t->Insert(nullptr), 0);
-}
-
 TEST_P(TableTest, EveryTableStoresEveryColumnType) {
     for (const SZmfTableDesc* desc : zmf::AllTables()) {
         CTableBase* t = file->GetEmptyTable(desc->name);
@@ -194,10 +142,6 @@ TEST_P(TableTest, EveryTableStoresEveryColumnType) {
 INSTANTIATE_TEST_SUITE_P(Backends, TableTest,
                          ::testing::Values(Backend::Memory, Backend::Sqlite, Backend::Postgres),
                          [](const auto& info) { return BackendName(info.param); });
-
-}  // namespace
-
-namespace {
 
 TEST(ZmfFileProgress, TheHookSeesRowsReadAndInserted) {
     auto file = CZmfFile::OpenMemory();
