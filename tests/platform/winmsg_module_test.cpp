@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
 #include <unistd.h>
 
 #include <climits>
@@ -16,11 +17,19 @@
 namespace {
 
 TEST(GetModuleFileNameTest, PathOfTheModuleHoldingTheLibrary) {
-    // The library is linked statically into this test program.
     char expected[PATH_MAX];
+#ifdef TESSMETA_SHARED_LIBS
+    // The library is a shared object of its own.
+    Dl_info info{};
+    ASSERT_NE(dladdr(reinterpret_cast<void*>(&GetModuleFileNameA), &info), 0);
+    ASSERT_NE(realpath(info.dli_fname, expected), nullptr);
+    const auto n = static_cast<ssize_t>(std::strlen(expected));
+#else
+    // The library is linked statically into this test program.
     const ssize_t n = readlink("/proc/self/exe", expected, sizeof expected - 1);
     ASSERT_GT(n, 0);
     expected[n] = '\0';
+#endif
     const DWORD length = static_cast<DWORD>(n);
 
     char buffer[PATH_MAX];
