@@ -1,5 +1,7 @@
 #include "foundation/enh_table_base.h"
 
+#include <algorithm>
+
 #include "platform/cstring.h"
 #include "platform/hooks.h"
 
@@ -38,7 +40,14 @@ void CEnhTableBase::Remove(CDbObjectBase* row) {
 UINT CEnhTableBase::LoadBucketCount(unsigned int requested) {
     if (requested) return requested;
     const LONG figure = m_pTable ? m_pTable->GetSizeEstimate() : 0;
-    return figure > 0 ? static_cast<UINT>(figure) : 1;
+    if (figure <= 0) return 1;
+    // Saves write the row count as the figure, so below this bound it is trusted
+    // without a count; above it one count of the stored rows is cheap next to the
+    // load that follows.
+    constexpr LONG kTrustedFigure = 1 << 16;
+    if (figure <= kTrustedFigure) return static_cast<UINT>(figure);
+    const ULONG rows = m_pTable->GetCount();
+    return static_cast<UINT>(std::clamp<ULONG>(rows, 1, static_cast<ULONG>(figure)));
 }
 
 void CEnhTableBase::ReleaseHandle() {

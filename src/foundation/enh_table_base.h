@@ -26,6 +26,8 @@
 // rolled back; rows written before the failure stay in the record-store table.
 #pragma once
 
+#include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -80,8 +82,9 @@ class CEnhTableBase : public CObject {
     // recorded). Nothing to load here.
     virtual void Init(unsigned int /*bucketCount*/) {}
 
-    // Advances the row-numbering counter (0 at first) and returns the new value.
-    int GetNextKey() { return ++m_nNextKey; }
+    // Advances the row-numbering counter (0 at first) and returns the new value;
+    // 0 once the counter has reached the largest int (the keys are exhausted).
+    int GetNextKey() { return m_nNextKey == INT_MAX ? 0 : ++m_nNextKey; }
 
     // The record-store table currently held, or null.
     operator CTableBase*() const { return m_pTable; }
@@ -115,11 +118,15 @@ class CEnhTableBase : public CObject {
     // Raises the row-numbering counter to `key` if it is below (for loaded rows of
     // tables that number their own rows).
     void RaiseNextKey(ULONG key) {
-        if (static_cast<std::int64_t>(key) > m_nNextKey) m_nNextKey = static_cast<int>(key);
+        // A key past the largest int (only a damaged file holds one) exhausts the
+        // counter rather than wrapping it onto keys in use.
+        const std::int64_t wanted = std::min<std::int64_t>(key, INT_MAX);
+        if (wanted > m_nNextKey) m_nNextKey = static_cast<int>(wanted);
     }
 
     // The bucket count a load uses: `requested`, else the size figure of the held
-    // record-store table; never 0.
+    // record-store table; never 0. A large figure is checked against the rows the
+    // table really holds, so a damaged figure cannot ask for gigabytes of buckets.
     UINT LoadBucketCount(unsigned int requested);
 
     // The load loop: reads every stored row into a fresh Row object and passes it to

@@ -41,6 +41,9 @@ class CAutoLayoutDataMgr {
     CAutoLayoutDataMgr(const CAutoLayoutDataMgr&) = delete;
     CAutoLayoutDataMgr& operator=(const CAutoLayoutDataMgr&) = delete;
 
+    // The identity manager given at construction (may be null).
+    CGuidMgr* GetGuidMgr() const { return m_pGuidMgr; }
+
     // ---- persistence -------------------------------------------------------------
 
     // Loads the five tables in order, completing the constant ones. Always 1.

@@ -4,6 +4,7 @@
 
 ULONG& CIdentityMgr::Counter(int tableId) {
     const auto index = static_cast<std::size_t>(tableId);
+    if (index >= kDenseKinds) return m_sparse[tableId];
     if (index >= m_counters.size()) m_counters.resize(index + 1, 0);
     return m_counters[index];
 }
@@ -27,6 +28,10 @@ ULONG CIdentityMgr::SetKeyValue(int tableId, ULONG key) {
 }
 
 ULONG CIdentityMgr::GetKeyValue(int tableId) const {
+    if (tableId < 0) return 0;
     const auto index = static_cast<std::size_t>(tableId);
-    return tableId >= 0 && index < m_counters.size() ? m_counters[index] : 0;
+    if (index < m_counters.size()) return m_counters[index];
+    if (index < kDenseKinds) return 0;
+    const auto it = m_sparse.find(tableId);
+    return it == m_sparse.end() ? 0 : it->second;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <vector>
 
 #include "platform/types.h"
@@ -28,6 +29,8 @@ class CIdentityMgr {
     void ForEachCounter(F&& f) const {
         for (std::size_t kind = 0; kind < m_counters.size(); ++kind)
             if (m_counters[kind] != 0) f(static_cast<int>(kind), m_counters[kind]);
+        for (const auto& [kind, counter] : m_sparse)
+            if (counter != 0) f(kind, counter);
     }
     bool IsDirty() const { return m_dirty; }
     void ClearDirty() { m_dirty = false; }
@@ -35,6 +38,11 @@ class CIdentityMgr {
   private:
     ULONG& Counter(int tableId);
 
+    // Kinds below kDenseKinds (every kind the catalogue uses) index a vector; a
+    // larger kind, which only a damaged or foreign file declares, goes to a map so
+    // that it cannot make the vector huge.
+    static constexpr std::size_t kDenseKinds = 1 << 12;
     std::vector<ULONG> m_counters;  // indexed by key kind
+    std::map<int, ULONG> m_sparse;  // kinds of kDenseKinds and above
     bool m_dirty = false;
 };
