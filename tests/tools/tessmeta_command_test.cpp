@@ -1,63 +1,24 @@
 // The tessmeta command, run as a program on temporary model files.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
-#include <sys/wait.h>
 
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 
+#include "support/command_run.h"
 #include "support/test_support.h"
 
-using tessmeta::test::TempDir;
+using namespace tessmeta::test;
 
 namespace {
 
-struct SRun {
-    int status = -1;
-    std::string out, err;
-};
-
 class CommandTest : public ::testing::Test {
   protected:
-    SRun Run(const std::string& args) {
-        const std::string out = dir.File("stdout"), err = dir.File("stderr");
-        const std::string command =
-            std::string(TESSMETA_COMMAND) + " " + args + " >" + out + " 2>" + err + " </dev/null";
-        const int raw = std::system(command.c_str());
-        SRun run;
-        run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        run.out = Read(out);
-        run.err = Read(err);
-        return run;
-    }
-    static std::string Read(const std::string& path) {
-        std::ifstream in(path);
-        std::stringstream text;
-        text << in.rdbuf();
-        return text.str();
-    }
+    SRun Run(const std::string& args) { return RunProgram(TESSMETA_COMMAND, args, dir.Path()); }
     static void Sql(const std::string& path, const std::string& sql) {
-        sqlite3* db = nullptr;
-        ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
-        ASSERT_EQ(sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
-            << sqlite3_errmsg(db);
-        sqlite3_close(db);
-    }
-    static std::string SqlValue(const std::string& path, const std::string& sql) {
-        sqlite3* db = nullptr;
-        sqlite3_open(path.c_str(), &db);
-        sqlite3_stmt* stmt = nullptr;
-        std::string value;
-        if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) == SQLITE_OK &&
-            sqlite3_step(stmt) == SQLITE_ROW && sqlite3_column_text(stmt, 0))
-            value = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
-        sqlite3_finalize(stmt);
-        sqlite3_close(db);
-        return value;
+        ASSERT_EQ(tessmeta::test::Sql(path, sql), "");
     }
     // A demo model: two entities, attributes, a relationship, a diagram domain.
     std::string Demo(const char* name = "demo.zmf") {
@@ -339,7 +300,7 @@ TEST_F(CommandTest, BadInputGivesOneLineAndStatusTwo) {
         EXPECT_TRUE(OneLine(run.err)) << args << ": " << run.err;
         EXPECT_TRUE(run.out.empty()) << args;
     }
-    EXPECT_EQ(Read(text), "this is not a model file\n");  // nothing written
+    EXPECT_EQ(ReadText(text), "this is not a model file\n");  // nothing written
     EXPECT_FALSE(std::filesystem::exists(dir.File("g.zmf")));
     EXPECT_EQ(Run("info --help").status, 0);
 }
@@ -362,15 +323,13 @@ TEST_F(CommandTest, SysMacrosCreatesThenRefreshes) {
 #ifndef TESSMETA_SHARED_LIBS  // a shared library finds its templates beside itself
     const std::string alone = dir.File("tessmeta");
     std::filesystem::copy_file(TESSMETA_COMMAND, alone);
-    const SRun bare = SRun(Run("new " + dir.File("bare.zmf")));
-    ASSERT_EQ(bare.status, 0);
-    const std::string command = alone + " sysmacros " + dir.File("bare.zmf") + " --platform 1";
-    const int raw = std::system((command + " >/dev/null 2>" + dir.File("bare.err")).c_str());
-    EXPECT_EQ(WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, 1);
-    const std::string err = Read(dir.File("bare.err"));
-    EXPECT_NE(err.find("Macro File: " + dir.Path() + "/SysMacros/SSUpdtTrigLib.bas not found"),
+    ASSERT_EQ(Run("new " + dir.File("bare.zmf")).status, 0);
+    const SRun bare =
+        RunProgram(alone, "sysmacros " + dir.File("bare.zmf") + " --platform 1", dir.Path());
+    EXPECT_EQ(bare.status, 1);
+    EXPECT_NE(bare.err.find("Macro File: " + dir.Path() + "/SysMacros/SSUpdtTrigLib.bas not found"),
               std::string::npos)
-        << err;
+        << bare.err;
 #endif
 }
 

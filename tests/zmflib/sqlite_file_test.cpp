@@ -2,7 +2,6 @@
 // every kind of bad input.
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "support/command_run.h"
 #include "support/row_values.h"
 #include "support/store_checks.h"
 #include "support/test_support.h"
@@ -23,16 +23,10 @@ using tessmeta::test::OpenError;
 using tessmeta::test::OpenOk;
 using tessmeta::test::RowText;
 using tessmeta::test::SaveObjects;
+using tessmeta::test::Sql;
 using tessmeta::test::TempDir;
 
 namespace {
-
-void RunSql(const std::string& path, const char* sql) {
-    sqlite3* db = nullptr;
-    ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
-    sqlite3_close(db);
-}
 
 TEST(SqliteFile, BadInputGivesAnErrorNamingTheFileAndCause) {
     TempDir dir;
@@ -45,7 +39,7 @@ TEST(SqliteFile, BadInputGivesAnErrorNamingTheFileAndCause) {
     EXPECT_EQ(OpenError(text), text + ": not a model file (not an SQLite database)");
 
     const std::string plain = dir.File("plain.db");
-    RunSql(plain, "CREATE TABLE t(x)");
+    ASSERT_EQ(Sql(plain, "CREATE TABLE t(x)"), "");
     EXPECT_NE(OpenError(plain).find(plain + ": not a model file"), std::string::npos);
 
     const std::string good = dir.File("good.zmf");
@@ -58,7 +52,7 @@ TEST(SqliteFile, BadInputGivesAnErrorNamingTheFileAndCause) {
 
     const std::string noColumn = dir.File("nocol.zmf");
     CZmfFile::Create(noColumn).reset();
-    RunSql(noColumn, "ALTER TABLE \"UniqueObject\" DROP COLUMN \"Model_ID\"");
+    ASSERT_EQ(Sql(noColumn, "ALTER TABLE \"UniqueObject\" DROP COLUMN \"Model_ID\""), "");
     EXPECT_EQ(OpenError(noColumn),
               noColumn + ": damaged: table \"UniqueObject\" has no column \"Model_ID\"");
 }
