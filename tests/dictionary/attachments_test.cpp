@@ -215,8 +215,7 @@ TEST(Attachments, CheckReportsBrokenTypesAndBindings) {
     EXPECT_EQ(report.Count(ECheckKind::AttachmentBoundWhereNotValid), 1u);
     EXPECT_EQ(report.ErrorCount(), 1u);
 
-    Store(file, "Attachment_Type", std::vector<CAttachment_TypeBase>{});
-    ASSERT_TRUE(file.Commit());
+    ASSERT_TRUE(Store(file, "Attachment_Type", std::vector<CAttachment_TypeBase>{}));
     report = tessmeta::CheckModelFile(file);
     EXPECT_EQ(report.Count(ECheckKind::ValidAttachmentTypeWithoutType), 1u);
     EXPECT_EQ(report.Count(ECheckKind::AttachmentWithoutType), 1u);

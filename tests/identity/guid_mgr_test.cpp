@@ -114,7 +114,7 @@ TEST(GuidMgr, RoundTripThroughAModelFile) {
         auto file = CZmfFile::Create(path);
         StoreDefinitions(*file, {{30, "Entity"}, {12, "Domain"}, {31, "Attribute"}});
         StoreObjects(*file, rows);
-        Store(*file, "Object_Domain", domains);
+        ASSERT_TRUE(Store(*file, "Object_Domain", domains));
     }
     const std::time_t before = std::time(nullptr);
     for (int pass = 0; pass < 2; ++pass) {
@@ -163,7 +163,8 @@ TEST(GuidMgr, SaveRepairsNilGuidsOnceAndRenewsIdentities) {
     rows[5].Object_Domain_ID = 2;
     rows[5].Repository_Status = 0x11A;
     auto file = ModelWith(rows);
-    Store(*file, "Object_Domain", std::vector{StoredDomain(2, "Dict", "DATA DICTIONARY", "old")});
+    ASSERT_TRUE(Store(*file, "Object_Domain",
+                      std::vector{StoredDomain(2, "Dict", "DATA DICTIONARY", "old")}));
     auto mgr = Load(*file);
     ASSERT_TRUE(mgr->IsNilGUIDStored());
 
@@ -241,7 +242,7 @@ TEST(GuidMgr, SaveFailuresAndStorageTables) {
 
 TEST(GuidMgr, NewObjects) {
     auto file = ModelWith(TenObjects());
-    Store(*file, "Object_Domain", std::vector{StoredDomain(6, "Model", "DIAGRAM")});
+    ASSERT_TRUE(Store(*file, "Object_Domain", std::vector{StoredDomain(6, "Model", "DIAGRAM")}));
     auto mgr = Load(*file);
     const std::time_t before = std::time(nullptr);
     const int a = mgr->GetNewUniqueId(kEntity, 5, 6, 7);

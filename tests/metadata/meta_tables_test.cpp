@@ -55,9 +55,10 @@ TEST(MetaTable, InitCompletesTheNamesAndAnswersBothWays) {
     {
         auto file = CZmfFile::Create(path);
         // Not "Graphic Object"; an unknown name; "Entity" twice (the first answers).
-        Store(*file, "MetaTable",
-              std::vector{StoredMetaTable(40, "Entity"), StoredMetaTable(41, "Custom Thing"),
-                          StoredMetaTable(42, "Entity"), StoredMetaTable(7, "Attribute")});
+        ASSERT_TRUE(
+            Store(*file, "MetaTable",
+                  std::vector{StoredMetaTable(40, "Entity"), StoredMetaTable(41, "Custom Thing"),
+                              StoredMetaTable(42, "Entity"), StoredMetaTable(7, "Attribute")}));
     }
     auto file = CZmfFile::Open(path);
     auto table = std::make_unique<CEnhMetaTableTbl>(file.get());
@@ -108,7 +109,7 @@ std::string WriteMemberFile(TempDir& dir, const std::vector<CMetaClass_MemberBas
                          StoredObject(101, type, 1, GuidTextFor(101).c_str()),
                          StoredObject(102, type, 2, GuidTextFor(102).c_str()),
                          StoredObject(103, type, 2, GuidTextFor(103).c_str())});
-    Store(*file, "MetaClass_Member", members);
+    EXPECT_TRUE(Store(*file, "MetaClass_Member", members));
     return path;
 }
 

@@ -58,8 +58,8 @@ TEST(DelayCheckout, OneRequestPerObjectAndKeysNeverRepeat) {
 TEST(DelayCheckout, LaterRowsOfAnObjectWinAtLoad) {
     // Two stored requests of one object: both stay, the later one is found.
     auto file = CZmfFile::OpenMemory();
-    Store(*file, "Delayed_Checkout",
-          std::vector{Request(4, 50, 1), Request(9, 50, 2), Request(0, 60, 3)});
+    ASSERT_TRUE(Store(*file, "Delayed_Checkout",
+                      std::vector{Request(4, 50, 1), Request(9, 50, 2), Request(0, 60, 3)}));
     CEnhDelayCheckoutTable table(file.get(), nullptr);
     table.Init(0);
     EXPECT_EQ(table.GetRowCount(), 3);
@@ -73,8 +73,8 @@ TEST(DelayCheckout, SaveWritesEveryColumnBackInOrder) {
     const std::string path = dir.File("checkout.zmf");
     {
         auto file = CZmfFile::Create(path);
-        Store(*file, "Delayed_Checkout", std::vector{Request(3, 30, 1), Request(5, 50, 2)});
-        ASSERT_TRUE(file->Commit());
+        ASSERT_TRUE(
+            Store(*file, "Delayed_Checkout", std::vector{Request(3, 30, 1), Request(5, 50, 2)}));
     }
     {
         auto file = CZmfFile::Open(path);

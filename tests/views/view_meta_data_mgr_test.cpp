@@ -1,5 +1,5 @@
 // View metadata: inserts that refuse dangling rows, cascading deletes, the SELECT a
-// view regenerates, persistence and the check.
+// view regenerates, and persistence.
 #include "views/view_meta_data_mgr.h"
 
 #include <gtest/gtest.h>
@@ -227,22 +227,6 @@ TEST(ViewMetaData, ViewsSurviveReopeningWithTheirEditStates) {
     views.GetViewSelect(v.view, reloaded);
     EXPECT_EQ(reloaded, select);
     EXPECT_EQ(tessmeta::CheckModelFile(model->GetFile()).ErrorCount(), 0u);
-}
-
-TEST(ViewMetaData, TheCheckFindsRowsWhoseViewIsMissing) {
-    auto model = CModelFile::CreateInMemory();
-    const SOrdersView v = BuildOrdersView(model->GetViewMetaDataMgr(), 1);
-    ASSERT_TRUE(model->Save());
-    CZmfFile& file = model->GetFile();
-    EXPECT_EQ(tessmeta::CheckModelFile(file).ErrorCount(), 0u);
-
-    // The view's own row goes: every one of its 20 other rows is left without it.
-    CTableBase* table = file.GetTable("View_Table");
-    CView_TableBase row(v.view);
-    ASSERT_NE(table->Delete(&row), 0);
-    file.ReleaseTable(&table, 0);
-    const auto report = tessmeta::CheckModelFile(file, 3);
-    EXPECT_EQ(report.Count(tessmeta::ECheckKind::ViewRowWithoutView), 20u);
 }
 
 }  // namespace
