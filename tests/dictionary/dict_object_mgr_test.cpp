@@ -32,19 +32,19 @@ TEST(DictObjectMgr, KindsRegistryAndBoundObjects) {
     DWORD item = 0;
     const DWORD rv = f.RefValue("Limit", "1", f.main, &item);
     const DWORD link = f.dict.CreateDictionaryObjectLinkRoot(item);
+    // Kind and row key of an item; links and kinds without a table answer no key.
+    auto bound = [&](DWORD id) {
+        int kind = -1;
+        DWORD key = 99;
+        EXPECT_TRUE(f.dict.GetBoundDictObject(id, kind, key)) << id;
+        return std::pair(kind, key);
+    };
+    EXPECT_EQ(bound(item), std::pair(8, rv));
+    EXPECT_EQ(bound(d1), std::pair(4, DWORD{0}));
+    EXPECT_EQ(bound(f.dict.GetDictionaryObjectLinkRow(link)->Dictionary_Object_ID),
+              std::pair(12, DWORD{0}));
     int kind = -1;
-    DWORD key = 99;
-    ASSERT_TRUE(f.dict.GetBoundDictObject(item, kind, key));
-    EXPECT_EQ(kind, 8);
-    EXPECT_EQ(key, rv);
-    ASSERT_TRUE(f.dict.GetBoundDictObject(d1, kind, key));
-    EXPECT_EQ(kind, 4);
-    EXPECT_EQ(key, 0u);
-    const CKelDictionaryObjectLink* linkRow = f.dict.GetDictionaryObjectLinkRow(link);
-    ASSERT_TRUE(f.dict.GetBoundDictObject(linkRow->Dictionary_Object_ID, kind, key));
-    EXPECT_EQ(kind, 12);
-    EXPECT_EQ(key, 0u);  // links answer no row key
-    kind = -1;
+    DWORD key = 0;
     EXPECT_FALSE(f.dict.GetBoundDictObject(9999, kind, key));
     EXPECT_EQ(kind, -1);
 

@@ -49,13 +49,12 @@ SOldModel WriteOldModel(const TempDir& dir, bool withDictionaries) {
     for (auto& row : dictionaries)
         row.Flags = 0;
     if (!withDictionaries) dictionaries.clear();
-    Store(*file, "Data_Dictionary", dictionaries);
-    Store(*file, "Object_Domain", std::vector<CObject_DomainBase>{});
+    EXPECT_TRUE(Store(*file, "Data_Dictionary", dictionaries));
+    EXPECT_TRUE(Store(*file, "Object_Domain", std::vector<CObject_DomainBase>{}));
     auto values = ReadAll<CReference_ValueBase>(*file, "Reference_Value");
     std::erase_if(values,
                   [&](const auto& row) { return row.Dictionary_Object_ID == old.orphanItem; });
-    Store(*file, "Reference_Value", values);
-    EXPECT_TRUE(file->Commit());
+    EXPECT_TRUE(Store(*file, "Reference_Value", values));
     return old;
 }
 

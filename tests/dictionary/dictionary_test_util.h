@@ -63,26 +63,6 @@ inline std::vector<std::string> StoredRows(CZmfFile& file,
     return rows;
 }
 
-template <class Row>
-std::vector<Row> ReadAll(CZmfFile& file, const char* name) {
-    std::vector<Row> rows;
-    CTableBase* table = file.GetTable(name);
-    CIteratorBase it(table);
-    Row row;
-    while (it.GetNext(&row))
-        rows.push_back(row);
-    file.ReleaseTable(&table, 0);
-    return rows;
-}
-
-// Replaces the stored rows of table `name` (not committed).
-template <class Row>
-void Store(CZmfFile& file, const char* name, const std::vector<Row>& rows) {
-    CTableBase* table = file.GetEmptyTable(name);
-    for (const Row& row : rows)
-        table->Insert(&row);
-}
-
 inline constexpr std::initializer_list<const char*> kDictionaryTables = {
     "Data_Dictionary",        "Dictionary_Object_Type",  "Dictionary_Object", "Reference_Value",
     "Dictionary_Object_Link", "Bound_Dictionary_Object", "Referenced_Object"};

@@ -69,6 +69,14 @@ class CEditor {
         return m_model.GetGuidMgr().IsUniqueObjectIdValid(id) ? id : 0;
     }
     int Usage() { return m_model.GetNameSpaceMgr().GetStringUsageTypeId(m_in.Pick(kUsages)); }
+    // One of the objects made here, its texts gone first, as a host deletes.
+    int WithoutTexts() {
+        const int id = m_objects[m_in.Byte() % m_objects.size()];
+        CNameSpaceMgr& names = m_model.GetNameSpaceMgr();
+        for (const char* usage : kUsages)
+            names.DeleteString(id, names.GetStringUsageTypeId(usage));
+        return id;
+    }
 
     void Step(unsigned op) {
         CGuidMgr& guids = m_model.GetGuidMgr();
@@ -84,11 +92,9 @@ class CEditor {
                 if (id) m_objects.push_back(id);
                 break;
             }
-            case 2:  // as a host deletes: the texts, then the object
+            case 2:
                 if (!m_objects.empty()) {
-                    const int id = m_objects[m_in.Byte() % m_objects.size()];
-                    for (const char* usage : kUsages)
-                        names.DeleteString(id, names.GetStringUsageTypeId(usage));
+                    const int id = WithoutTexts();
                     guids.DeleteObject(id, static_cast<int>(m_in.Byte() % 2));
                 }
                 break;
@@ -107,13 +113,8 @@ class CEditor {
                 if (const int id = Existing()) names.AddString(name, id, Usage());
                 break;
             }
-            case 7:  // marks made by hand, removal by the manager: texts go first too
-                if (!m_objects.empty()) {
-                    const int id = m_objects[m_in.Byte() % m_objects.size()];
-                    for (const char* usage : kUsages)
-                        names.DeleteString(id, names.GetStringUsageTypeId(usage));
-                    guids.MarkForRemoval(static_cast<ULONG>(id), 1);
-                }
+            case 7:  // marks made by hand, removal by the manager
+                if (!m_objects.empty()) guids.MarkForRemoval(static_cast<ULONG>(WithoutTexts()), 1);
                 if (m_in.Byte() % 2) guids.RemoveMarkedObjects();
                 break;
             case 8:

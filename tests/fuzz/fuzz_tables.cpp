@@ -79,53 +79,30 @@ class CInput {
     std::size_t m_at = 0;
 };
 
-// The value of one step, bound as parameter 1.
+// The value of one step, bound as parameter 1: NULL, an edge integer, any integer,
+// a small id (dangling or duplicate), a text in place of a number, an empty text,
+// or an oversized, binary or non-UTF-8 value.
 void BindValue(sqlite3_stmt* stmt, CInput& in) {
-    switch (in.Byte() % 12) {
-        case 0:
-            sqlite3_bind_null(stmt, 1);
-            break;
-        case 1:
-            sqlite3_bind_int64(stmt, 1, 0);
-            break;
-        case 2:
-            sqlite3_bind_int64(stmt, 1, -1);
-            break;
-        case 3:
-            sqlite3_bind_int64(stmt, 1, 0x7FFFFFFF);
-            break;
-        case 4:
-            sqlite3_bind_int64(stmt, 1, 0xFFFFFFFFll);
-            break;
-        case 5:
-            sqlite3_bind_int64(stmt, 1, INT64_MAX);
-            break;
-        case 6:
-            sqlite3_bind_int64(stmt, 1, INT64_MIN);
-            break;
-        case 7:
-            sqlite3_bind_int64(stmt, 1, in.Int64());
-            break;
-        case 8:
-            sqlite3_bind_int64(stmt, 1, in.Byte());
-            break;  // small ids: dangling or duplicate
-        case 9:
-            sqlite3_bind_text(stmt, 1, "text", -1, SQLITE_STATIC);
-            break;
-        case 10:
-            sqlite3_bind_text(stmt, 1, "", 0, SQLITE_STATIC);
-            break;
-        default: {
-            static const std::string big(1 << 20, 'x');
-            const unsigned kind = in.Byte() % 3;
-            if (kind == 0)
-                sqlite3_bind_text(stmt, 1, big.data(), static_cast<int>(big.size()), SQLITE_STATIC);
-            else if (kind == 1)
-                sqlite3_bind_blob(stmt, 1, big.data(), 7, SQLITE_STATIC);
-            else
-                sqlite3_bind_text(stmt, 1, "\xff\xfe\x00z", 4, SQLITE_STATIC);  // not UTF-8
-        }
-    }
+    static constexpr sqlite3_int64 kEdges[] = {0,         -1,       0x7FFFFFFF, 0xFFFFFFFFll,
+                                               INT64_MAX, INT64_MIN};
+    static const std::string big(1 << 20, 'x');
+    const unsigned kind = in.Byte() % 12;
+    if (kind == 0)
+        sqlite3_bind_null(stmt, 1);
+    else if (kind <= 6)
+        sqlite3_bind_int64(stmt, 1, kEdges[kind - 1]);
+    else if (kind == 7)
+        sqlite3_bind_int64(stmt, 1, in.Int64());
+    else if (kind == 8)
+        sqlite3_bind_int64(stmt, 1, in.Byte());
+    else if (kind == 9 || kind == 10)
+        sqlite3_bind_text(stmt, 1, kind == 9 ? "text" : "", -1, SQLITE_STATIC);
+    else if (const unsigned large = in.Byte() % 3; large == 0)
+        sqlite3_bind_text(stmt, 1, big.data(), static_cast<int>(big.size()), SQLITE_STATIC);
+    else if (large == 1)
+        sqlite3_bind_blob(stmt, 1, big.data(), 7, SQLITE_STATIC);
+    else
+        sqlite3_bind_text(stmt, 1, "\xff\xfe\x00z", 4, SQLITE_STATIC);  // not UTF-8
 }
 
 void Apply(sqlite3* db, CInput& in) {

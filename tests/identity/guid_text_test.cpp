@@ -61,20 +61,6 @@ TEST(GuidText, StoredFormIsTheRuntimeTextWithoutDashesAndNilIsEmpty) {
     EXPECT_STREQ(field, "deadbeef00010002030405060708090a");
     GuidToText(GUID_NULL, field);
     EXPECT_STREQ(field, "");
-
-    for (int i = 0; i < 200; ++i) {
-        GUID g;
-        ASSERT_EQ(UuidCreate(&g), RPC_S_OK);
-        RPC_CSTR runtime = nullptr;
-        ASSERT_EQ(UuidToStringA(&g, &runtime), RPC_S_OK);
-        CString expected(reinterpret_cast<const char*>(runtime));
-        RpcStringFreeA(&runtime);
-        expected.Remove('-');
-        ASSERT_EQ(Text(g), expected.GetString());
-        GUID back{};
-        ASSERT_TRUE(GuidFromText(Text(g), back));
-        ASSERT_EQ(back, g);
-    }
 }
 
 TEST(GuidText, LookupsIgnoreDashes) {
@@ -97,6 +83,14 @@ TEST(GuidText, ParseAgreesWithTheRuntimeOnRandomTexts) {
         GUID base;
         UuidCreate(&base);
         std::string text = Text(base);
+        if (i < 200) {  // the stored form is the runtime's text without its dashes
+            RPC_CSTR runtime = nullptr;
+            ASSERT_EQ(UuidToStringA(&base, &runtime), RPC_S_OK);
+            CString expected(reinterpret_cast<const char*>(runtime));
+            RpcStringFreeA(&runtime);
+            expected.Remove('-');
+            ASSERT_EQ(text, expected.GetString());
+        }
         if (rng() % 2) {  // the dashed form
             for (size_t at : {20u, 16u, 12u, 8u})
                 text.insert(at, 1, '-');

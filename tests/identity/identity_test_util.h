@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <string>
@@ -12,6 +13,7 @@
 
 #include "identity/guid_mgr.h"
 #include "identity/object_types.h"
+#include "support/row_values.h"
 #include "zmflib.h"
 
 namespace tessmeta::test {
@@ -47,18 +49,8 @@ inline CUniqueObjectBase StoredObject(ULONG id, LONG type, DWORD status = 1, con
     return row;
 }
 
-// Replaces the stored rows of table `name` and commits.
-template <class Row>
-void Store(CZmfFile& file, const char* name, const std::vector<Row>& rows) {
-    CTableBase* table = file.GetEmptyTable(name);
-    ASSERT_NE(table, nullptr);
-    for (const Row& row : rows)
-        ASSERT_NE(table->Insert(&row), 0);
-    ASSERT_TRUE(file.Commit());
-}
-
 inline void StoreObjects(CZmfFile& file, const std::vector<CUniqueObjectBase>& rows) {
-    Store(file, "UniqueObject", rows);
+    ASSERT_TRUE(Store(file, "UniqueObject", rows));
 }
 
 inline void StoreDefinitions(CZmfFile& file,
@@ -68,7 +60,7 @@ inline void StoreDefinitions(CZmfFile& file,
         rows.emplace_back(id);
         rows.back().Name = name.c_str();
     }
-    Store(file, "ObjectDefinition", rows);
+    ASSERT_TRUE(Store(file, "ObjectDefinition", rows));
 }
 
 inline CObject_DomainBase StoredDomain(ULONG id, const char* name, const char* type,
@@ -78,16 +70,6 @@ inline CObject_DomainBase StoredDomain(ULONG id, const char* name, const char* t
     row.Domain_Type = type;
     row.GUID = guid;
     return row;
-}
-
-template <class Row>
-std::vector<Row> ReadAll(CZmfFile& file, const char* name) {
-    std::vector<Row> rows;
-    CIteratorBase it(file.GetTable(name));
-    Row row;
-    while (it.GetNext(&row))
-        rows.push_back(row);
-    return rows;
 }
 
 inline std::vector<CUniqueObjectBase> ReadObjects(CZmfFile& file) {
@@ -105,30 +87,24 @@ class CRepositoryStandIn final : public IRepositoryHooks, public IDelayedCheckou
     std::function<void(ULONG)> onLinkDelete;
 
     void DeleteInterModelObjectLinkFKRow(ULONG objectId, int deleteObject) override {
-        log.push_back("Link(" + std::to_string(objectId) + "," + std::to_string(deleteObject) +
-                      ")");
+        Log("Link", std::to_string(objectId) + "," + std::to_string(deleteObject));
         if (onLinkDelete) onLinkDelete(objectId);
     }
-    void RemoveObjectModificationFKRow(ULONG objectId) override {
-        log.push_back("Mod(" + std::to_string(objectId) + ")");
-    }
+    void RemoveObjectModificationFKRow(ULONG objectId) override { Log("Mod", objectId); }
     int IsObjectModified(ULONG objectId) override {
-        log.push_back("Modified?(" + std::to_string(objectId) + ")");
-        return Has(modified, objectId);
+        Log("Modified?", objectId);
+        return std::count(modified.begin(), modified.end(), objectId) != 0;
     }
     int IsObjectDeleted(ULONG objectId) override {
-        log.push_back("Deleted?(" + std::to_string(objectId) + ")");
-        return Has(deleted, objectId);
+        Log("Deleted?", objectId);
+        return std::count(deleted.begin(), deleted.end(), objectId) != 0;
     }
-    void DeleteFKRow(ULONG objectId) override {
-        log.push_back("Checkout(" + std::to_string(objectId) + ")");
-    }
+    void DeleteFKRow(ULONG objectId) override { Log("Checkout", objectId); }
 
   private:
-    static int Has(const std::vector<ULONG>& ids, ULONG id) {
-        for (ULONG x : ids)
-            if (x == id) return 1;
-        return 0;
+    void Log(const char* name, ULONG id) { Log(name, std::to_string(id)); }
+    void Log(const char* name, const std::string& args) {
+        log.push_back(std::string(name) + "(" + args + ")");
     }
 };
 

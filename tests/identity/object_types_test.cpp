@@ -60,9 +60,10 @@ TEST(ObjectDomains, ModelDomainCreationAndAccess) {
     StoreObjects(*file, {StoredObject(1, StandardTypeId("Entity"), 2),
                          StoredObject(2, StandardTypeId("Domain"), 2),
                          StoredObject(3, StandardTypeId("Attribute"), 2)});
-    Store(*file, "Object_Domain",
-          std::vector{StoredDomain(5, "lower", "Diagram"), StoredDomain(9, "first", "DIAGRAM"),
-                      StoredDomain(3, "second", "DIAGRAM"), StoredDomain(0, "unkeyed", "X")});
+    ASSERT_TRUE(
+        Store(*file, "Object_Domain",
+              std::vector{StoredDomain(5, "lower", "Diagram"), StoredDomain(9, "first", "DIAGRAM"),
+                          StoredDomain(3, "second", "DIAGRAM"), StoredDomain(0, "unkeyed", "X")}));
     auto mgr = Load(*file);
     auto* domains = mgr->GetEnhObjectDomainTable();
     EXPECT_EQ(mgr->GetModelDomainId(), 9u);                 // the first "DIAGRAM", exactly spelt

@@ -3,7 +3,6 @@
 // through real .zmf files (including files whose "Property" table predates its
 // data-type column).
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <map>
 #include <memory>
@@ -12,6 +11,7 @@
 
 #include "model/model_check.h"
 #include "model/model_file.h"
+#include "support/command_run.h"
 #include "support/test_support.h"
 
 using tessmeta::CModelFile;
@@ -228,16 +228,14 @@ TEST(PropertyFile, OlderPropertyTableReadsAsTextAndGainsTheColumn) {
         std::string error;
         ASSERT_TRUE(CModelFile::Create(path, &error)) << error;
     }
-    sqlite3* db = nullptr;
-    ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
-    const char* sql =
-        "DROP TABLE Property;"
-        "CREATE TABLE Property (Property_ID INTEGER, Property_Type_ID INTEGER, Name TEXT,"
-        " Description TEXT);"
-        "INSERT INTO Property VALUES (5, 1, 'Owner', 'who'), (6, 1, 'Code', '');"
-        "INSERT INTO Property_Type VALUES (1, 'Old', '');";
-    ASSERT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
-    sqlite3_close(db);
+    ASSERT_EQ(tessmeta::test::Sql(
+                  path,
+                  "DROP TABLE Property;"
+                  "CREATE TABLE Property (Property_ID INTEGER, Property_Type_ID INTEGER, Name TEXT,"
+                  " Description TEXT);"
+                  "INSERT INTO Property VALUES (5, 1, 'Owner', 'who'), (6, 1, 'Code', '');"
+                  "INSERT INTO Property_Type VALUES (1, 'Old', '');"),
+              "");
 
     std::string error;
     auto model = CModelFile::Open(path, &error);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "namespace/name_space_mgr.h"
+#include "support/row_values.h"
 #include "zmflib.h"
 
 namespace tessmeta::test {
@@ -63,40 +64,32 @@ inline void StoreRows(CZmfFile& file, const SStoredRows& rows) {
     ASSERT_TRUE(file.Commit()) << file.GetLastError();
 }
 
-// The stored rows of one table, through its record-store iterator.
-template <class Iterator, class Row, class Out, class Convert>
-std::vector<Out> ReadTable(CZmfFile& file, const char* name, Convert convert) {
-    std::vector<Out> out;
-    Iterator it(file.GetTable(name));
-    Row row;
-    while (it.GetNext(&row))
-        out.push_back(convert(row));
+// The stored rows of the four tables, as comparable values.
+inline std::vector<SmallRow> ReadSmall(CZmfFile& file) {
+    std::vector<SmallRow> out;
+    for (const auto& r : ReadAll<CSmallStringBase>(file, "SmallString"))
+        out.emplace_back(r.String_ID, r.Text.GetValue().GetString(), r.Large_Flag);
     return out;
 }
-inline std::vector<SmallRow> ReadSmall(CZmfFile& file) {
-    return ReadTable<CSmallStringIterator, CSmallStringBase, SmallRow>(
-        file, "SmallString", [](const CSmallStringBase& r) {
-            return SmallRow{r.String_ID, r.Text.GetValue().GetString(), r.Large_Flag};
-        });
-}
 inline std::vector<LargeRow> ReadLarge(CZmfFile& file) {
-    return ReadTable<CLargeStringIterator, CLargeStringBase, LargeRow>(
-        file, "LargeString", [](const CLargeStringBase& r) {
-            return LargeRow{r.String_ID, r.Text.GetValue().GetString()};
-        });
+    std::vector<LargeRow> out;
+    for (const auto& r : ReadAll<CLargeStringBase>(file, "LargeString"))
+        out.emplace_back(r.String_ID, r.Text.GetValue().GetString());
+    return out;
 }
 inline std::vector<UsageRow> ReadUsages(CZmfFile& file) {
-    return ReadTable<CStringUsageIterator, CStringUsageBase, UsageRow>(
-        file, "StringUsage", [](const CStringUsageBase& r) {
-            return UsageRow{r.String_Usage_ID, r.Object_ID, r.String_Usage_Type_ID, r.String_ID};
-        });
+    std::vector<UsageRow> out;
+    for (const auto& r : ReadAll<CStringUsageBase>(file, "StringUsage"))
+        out.emplace_back(r.String_Usage_ID, r.Object_ID, r.String_Usage_Type_ID, r.String_ID);
+    return out;
 }
 inline std::vector<TypeRow> ReadUsageTypes(CZmfFile& file) {
-    return ReadTable<CStringUsageTypeIterator, CStringUsageTypeBase, TypeRow>(
-        file, "StringUsageType", [](const CStringUsageTypeBase& r) {
-            EXPECT_TRUE(r.Description.IsEmpty()) << "second text of " << r.Name;
-            return TypeRow{r.String_Usage_Type_ID, r.Name.GetValue().GetString()};
-        });
+    std::vector<TypeRow> out;
+    for (const auto& r : ReadAll<CStringUsageTypeBase>(file, "StringUsageType")) {
+        EXPECT_TRUE(r.Description.IsEmpty()) << "second text of " << r.Name;
+        out.emplace_back(r.String_Usage_Type_ID, r.Name.GetValue().GetString());
+    }
+    return out;
 }
 
 // A name space over an in-memory file holding `rows`, loaded with Init(usageBuckets,

@@ -1,7 +1,6 @@
 // The bad-input matrix of docs/reliability.md: each kind of bad file, what the
 // library says when opening it and what the command does with it.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -11,19 +10,14 @@
 
 #include "model/model_check.h"
 #include "reliability_support.h"
+#include "support/command_run.h"
 #include "support/test_support.h"
 
 namespace tessmeta::test {
 namespace {
 
-void Sql(const std::string& path, const char* sql) {
-    sqlite3* db = nullptr;
-    ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
-    char* message = nullptr;
-    EXPECT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, &message), SQLITE_OK)
-        << (message ? message : "");
-    sqlite3_free(message);
-    sqlite3_close(db);
+void Exec(const std::string& path, const std::string& sql) {
+    EXPECT_EQ(Sql(path, sql), "");
 }
 
 void Bytes(const std::string& path, const std::string& bytes) {
@@ -33,20 +27,6 @@ void Bytes(const std::string& path, const std::string& bytes) {
 void Truncate(const std::string& path, double keep) {
     std::filesystem::resize_file(
         path, static_cast<std::uintmax_t>(std::filesystem::file_size(path) * keep));
-}
-
-struct SCommandRun {
-    int status;
-    std::string err;
-};
-
-SCommandRun Command(const std::string& args, const TempDir& dir) {
-    const std::string err = dir.File("stderr.txt");
-    const int raw = std::system(
-        (std::string(TESSMETA_COMMAND) + " " + args + " >/dev/null 2>" + err + " </dev/null")
-            .c_str());
-    std::ifstream in(err);
-    return {WEXITSTATUS(raw), std::string(std::istreambuf_iterator<char>(in), {})};
 }
 
 struct SBadInput {
@@ -71,7 +51,7 @@ TEST(BadInput, Matrix) {
         {"not SQLite", [](auto& p) { Bytes(p, std::string(5000, 'z')); },
          "not a model file (not an SQLite database)", 2, 2},
         {"SQLite, not a model",
-         [](auto& p) { std::filesystem::remove(p), Sql(p, "CREATE TABLE t(a)"); },
+         [](auto& p) { std::filesystem::remove(p), Exec(p, "CREATE TABLE t(a)"); },
          "not a model file", 2, 2},
         {"truncated", [](auto& p) { Truncate(p, 0.5); }, "damaged", 2, 2},
         {"damaged page",
@@ -81,32 +61,32 @@ TEST(BadInput, Matrix) {
              f << std::string(4000, '\xA5');
          },
          "malformed", 2, 2},
-        {"missing column", [](auto& p) { Sql(p, "ALTER TABLE UniqueObject DROP COLUMN Model_ID"); },
-         "UniqueObject", 2, 2},
+        {"missing column",
+         [](auto& p) { Exec(p, "ALTER TABLE UniqueObject DROP COLUMN Model_ID"); }, "UniqueObject",
+         2, 2},
         {"renamed column",
-         [](auto& p) { Sql(p, "ALTER TABLE StringUsage RENAME COLUMN String_ID TO Other"); },
+         [](auto& p) { Exec(p, "ALTER TABLE StringUsage RENAME COLUMN String_ID TO Other"); },
          "StringUsage", 2, 2},
-        {"missing table", [](auto& p) { Sql(p, "DROP TABLE UniqueObject"); }, nullptr, 0, 1},
+        {"missing table", [](auto& p) { Exec(p, "DROP TABLE UniqueObject"); }, nullptr, 0, 1},
         {"future format version",
-         [](auto& p) { Sql(p, "UPDATE zmf_meta SET value=9999 WHERE key='format_version'"); },
+         [](auto& p) { Exec(p, "UPDATE zmf_meta SET value=9999 WHERE key='format_version'"); },
          "format version 9999 is not one this library reads", 2, 2},
-        {"missing format version", [](auto& p) { Sql(p, "DELETE FROM zmf_meta"); },
+        {"missing format version", [](auto& p) { Exec(p, "DELETE FROM zmf_meta"); },
          "not a model file (no format version)", 2, 2},
-        {"dangling usage", [](auto& p) { Sql(p, "UPDATE StringUsage SET String_ID=999999"); },
+        {"dangling usage", [](auto& p) { Exec(p, "UPDATE StringUsage SET String_ID=999999"); },
          nullptr, 0, 1},
         {"duplicate key",
-         [](auto& p) { Sql(p, "INSERT INTO UniqueObject SELECT * FROM UniqueObject LIMIT 1"); },
+         [](auto& p) { Exec(p, "INSERT INTO UniqueObject SELECT * FROM UniqueObject LIMIT 1"); },
          nullptr, 0, 1},
-        {"text in an id column", [](auto& p) { Sql(p, "UPDATE StringUsage SET Object_ID='abc'"); },
+        {"text in an id column", [](auto& p) { Exec(p, "UPDATE StringUsage SET Object_ID='abc'"); },
          nullptr, 0, 1},
         {"maximal and negative ids",
-         [](auto& p) { Sql(p, "UPDATE UniqueObject SET Model_ID=4294967295, Object_Type_ID=-1"); },
+         [](auto& p) { Exec(p, "UPDATE UniqueObject SET Model_ID=4294967295, Object_Type_ID=-1"); },
          nullptr, 0, 1},
         {"oversized values",
          [&](auto& p) {
-             Sql(p, ("UPDATE SmallString SET Text='" + huge +
-                     "'; UPDATE UniqueObject SET Model_ID=9223372036854775807")
-                        .c_str());
+             Exec(p, "UPDATE SmallString SET Text='" + huge +
+                         "'; UPDATE UniqueObject SET Model_ID=9223372036854775807");
          },
          nullptr, 0, 0},
     };
@@ -130,12 +110,13 @@ TEST(BadInput, Matrix) {
             CheckModelFile(model->GetFile());
             model.reset();
         }
-        const SCommandRun info = Command("info " + path, dir);
+        const SRun info = RunProgram(TESSMETA_COMMAND, "info " + path, dir.Path());
         EXPECT_EQ(info.status, bad.infoStatus) << info.err;
         if (bad.openError) {
             EXPECT_NE(info.err.find(bad.openError), std::string::npos) << info.err;
         }
-        EXPECT_EQ(Command("check " + path, dir).status, bad.checkStatus);
+        EXPECT_EQ(RunProgram(TESSMETA_COMMAND, "check " + path, dir.Path()).status,
+                  bad.checkStatus);
     }
 }
 

@@ -1,5 +1,6 @@
 // The delayed check-out table: one request per object, its keys, the sizing of the
-// map by object, load, save and the cleaning when an object is deleted.
+// map by object, load and save (the cleaning when an object is deleted: the
+// inter-model tests).
 #include <gtest/gtest.h>
 
 #include "repository/delay_checkout_table.h"
@@ -58,8 +59,8 @@ TEST(DelayCheckout, OneRequestPerObjectAndKeysNeverRepeat) {
 TEST(DelayCheckout, LaterRowsOfAnObjectWinAtLoad) {
     // Two stored requests of one object: both stay, the later one is found.
     auto file = CZmfFile::OpenMemory();
-    Store(*file, "Delayed_Checkout",
-          std::vector{Request(4, 50, 1), Request(9, 50, 2), Request(0, 60, 3)});
+    ASSERT_TRUE(Store(*file, "Delayed_Checkout",
+                      std::vector{Request(4, 50, 1), Request(9, 50, 2), Request(0, 60, 3)}));
     CEnhDelayCheckoutTable table(file.get(), nullptr);
     table.Init(0);
     EXPECT_EQ(table.GetRowCount(), 3);
@@ -73,8 +74,8 @@ TEST(DelayCheckout, SaveWritesEveryColumnBackInOrder) {
     const std::string path = dir.File("checkout.zmf");
     {
         auto file = CZmfFile::Create(path);
-        Store(*file, "Delayed_Checkout", std::vector{Request(3, 30, 1), Request(5, 50, 2)});
-        ASSERT_TRUE(file->Commit());
+        ASSERT_TRUE(
+            Store(*file, "Delayed_Checkout", std::vector{Request(3, 30, 1), Request(5, 50, 2)}));
     }
     {
         auto file = CZmfFile::Open(path);
@@ -95,16 +96,6 @@ TEST(DelayCheckout, SaveWritesEveryColumnBackInOrder) {
     EXPECT_EQ(rows[1].Object_ID, 70u);
     EXPECT_EQ(rows[1].Request_Value, 8u);
     EXPECT_EQ(rows[1].Reserved_1 + rows[1].Reserved_4, 0u);
-}
-
-TEST(DelayCheckout, DeletingAnObjectRemovesItsRequest) {
-    SRepoModel m;
-    const ULONG kept = m.Diagram(), gone = m.Diagram(), stays = m.Diagram();
-    for (ULONG id : {kept, gone, stays})
-        m.checkouts.Insert(id, 1, 0);
-    m.guids.DeleteObject(static_cast<int>(gone), 1);
-    m.guids.DeleteObject(static_cast<int>(stays), 0);  // held in the repository: it stays
-    EXPECT_EQ(ObjectsInOrder(m.checkouts), (std::vector<ULONG>{kept, stays}));
 }
 
 }  // namespace

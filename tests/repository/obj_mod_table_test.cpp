@@ -133,7 +133,7 @@ TEST(ObjectModifications, LookupAgreesWithAWalkOfBothLists) {
         stored.emplace_back(key);
         stored.back().Object_ID = 100 + static_cast<ULONG>(stored.size());
     }
-    tessmeta::test::Store(*small, "ObjectModification", stored);
+    ASSERT_TRUE(tessmeta::test::Store(*small, "ObjectModification", stored));
     CEnhRepoObjModTable three(small.get(), nullptr);
     three.Init(0);
     EXPECT_EQ(ModRows(three), (CRows{{101, 0}, {102, 0}, {104, 0}}));

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "zmflib.h"
 
@@ -16,5 +17,28 @@ std::unique_ptr<CDbObjectBase> MakeRow(const SZmfTableDesc& desc, ULONG key, int
 
 // Every column of the row, as "name=value|..." text, for exact comparisons.
 std::string RowText(const SZmfTableDesc& desc, const CDbObjectBase& row);
+
+// Every stored row of table `name`, in stored order.
+template <class Row>
+std::vector<Row> ReadAll(CZmfFile& file, const char* name) {
+    std::vector<Row> rows;
+    CTableBase* table = file.GetTable(name);
+    CIteratorBase it(table);
+    Row row;
+    while (it.GetNext(&row))
+        rows.push_back(row);
+    file.ReleaseTable(&table, 0);
+    return rows;
+}
+
+// Replaces the stored rows of table `name` and commits; false when any step fails.
+template <class Row>
+bool Store(CZmfFile& file, const char* name, const std::vector<Row>& rows) {
+    CTableBase* table = file.GetEmptyTable(name);
+    bool ok = table != nullptr;
+    for (const Row& row : rows)
+        ok = ok && table->Insert(&row) != 0;
+    return ok && file.Commit();
+}
 
 }  // namespace tessmeta::test

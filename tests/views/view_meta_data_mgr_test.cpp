@@ -1,5 +1,5 @@
 // View metadata: inserts that refuse dangling rows, cascading deletes, the SELECT a
-// view regenerates, persistence and the check.
+// view regenerates, and persistence.
 #include "views/view_meta_data_mgr.h"
 
 #include <gtest/gtest.h>
@@ -110,18 +110,8 @@ TEST(ViewMetaData, DeletesCascadeToWhatCanNoLongerStand) {
     const int objectsBefore = guids.GetUniqueObjCount();
     const int usagesBefore = model->GetNameSpaceMgr().GetStringUsageTable().GetCount();
     const SOrdersView v = BuildOrdersView(views, 1);
-    std::vector<ULONG> objects{views.GetViewRow(v.view)->Global_User_ID};  // of v's rows
-    auto collect = [&](auto& table) {
-        for (auto* row = table.GetFirstFKRow(v.view); row; row = table.GetNextFKRow())
-            objects.push_back(row->Global_User_ID);
-    };
-    collect(views.GetViewComponentTable());
-    collect(views.GetViewColumnTable());
-    collect(views.GetViewFieldTable());
-    collect(views.GetViewFieldColumnTable());
-    collect(views.GetViewColumnUsageTable());
-    ASSERT_EQ(objects.size(), 21u);
     ASSERT_EQ(CountRows(views, v.view), (Counts{2, 4, 4, 5, 5}));
+    ASSERT_EQ(guids.GetUniqueObjCount(), objectsBefore + 21);  // one for each row
 
     // A column: its usages and field columns go, and the plain field it made.
     EXPECT_EQ(views.DeleteViewColumn(v.customerId), 1);
@@ -144,8 +134,6 @@ TEST(ViewMetaData, DeletesCascadeToWhatCanNoLongerStand) {
     EXPECT_EQ(views.GetViewRow(v.view), nullptr);
     EXPECT_EQ(guids.GetUniqueObjCount(), objectsBefore);
     EXPECT_EQ(model->GetNameSpaceMgr().GetStringUsageTable().GetCount(), usagesBefore);
-    for (ULONG id : objects)
-        EXPECT_FALSE(guids.IsUniqueObjectIdValid(static_cast<LONG>(id))) << id;
 
     // The other view is untouched; deleting what is gone finds nothing.
     EXPECT_EQ(CountRows(views, other.view), (Counts{2, 4, 4, 5, 5}));
@@ -227,22 +215,6 @@ TEST(ViewMetaData, ViewsSurviveReopeningWithTheirEditStates) {
     views.GetViewSelect(v.view, reloaded);
     EXPECT_EQ(reloaded, select);
     EXPECT_EQ(tessmeta::CheckModelFile(model->GetFile()).ErrorCount(), 0u);
-}
-
-TEST(ViewMetaData, TheCheckFindsRowsWhoseViewIsMissing) {
-    auto model = CModelFile::CreateInMemory();
-    const SOrdersView v = BuildOrdersView(model->GetViewMetaDataMgr(), 1);
-    ASSERT_TRUE(model->Save());
-    CZmfFile& file = model->GetFile();
-    EXPECT_EQ(tessmeta::CheckModelFile(file).ErrorCount(), 0u);
-
-    // The view's own row goes: every one of its 20 other rows is left without it.
-    CTableBase* table = file.GetTable("View_Table");
-    CView_TableBase row(v.view);
-    ASSERT_NE(table->Delete(&row), 0);
-    file.ReleaseTable(&table, 0);
-    const auto report = tessmeta::CheckModelFile(file, 3);
-    EXPECT_EQ(report.Count(tessmeta::ECheckKind::ViewRowWithoutView), 20u);
 }
 
 }  // namespace

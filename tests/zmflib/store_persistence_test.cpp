@@ -1,11 +1,11 @@
 // Persistence of model stores through close and reopen, run against both stores
 // that persist: .zmf files and models on a PostgreSQL server.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <string>
 #include <vector>
 
+#include "support/command_run.h"
 #include "support/pg_test.h"
 #include "support/row_values.h"
 #include "support/store_checks.h"
@@ -35,11 +35,7 @@ class StoreTest : public ::testing::TestWithParam<Backend> {
     void DropTable(const std::string& location, const char* table) {
         const std::string quoted = std::string("\"") + table + "\"";
         if (GetParam() == Backend::Sqlite) {
-            sqlite3* db = nullptr;
-            ASSERT_EQ(sqlite3_open(location.c_str(), &db), SQLITE_OK);
-            ASSERT_EQ(sqlite3_exec(db, ("DROP TABLE " + quoted).c_str(), nullptr, nullptr, nullptr),
-                      SQLITE_OK);
-            sqlite3_close(db);
+            ASSERT_EQ(tessmeta::test::Sql(location, "DROP TABLE " + quoted), "");
             return;
         }
         zmf::SPgLocation where;
