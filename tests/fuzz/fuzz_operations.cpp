@@ -72,9 +72,7 @@ class CEditor {
     // One of the objects made here, its texts gone first, as a host deletes.
     int WithoutTexts() {
         const int id = m_objects[m_in.Byte() % m_objects.size()];
-        CNameSpaceMgr& names = m_model.GetNameSpaceMgr();
-        for (const char* usage : kUsages)
-            names.DeleteString(id, names.GetStringUsageTypeId(usage));
+        DeleteTexts(id);
         return id;
     }
 
@@ -113,9 +111,19 @@ class CEditor {
                 if (const int id = Existing()) names.AddString(name, id, Usage());
                 break;
             }
-            case 7:  // marks made by hand, removal by the manager
-                if (!m_objects.empty()) guids.MarkForRemoval(static_cast<ULONG>(WithoutTexts()), 1);
-                if (m_in.Byte() % 2) guids.RemoveMarkedObjects();
+            case 7:  // marks made by hand, removal by the manager; a host removes
+                     // the texts of every marked object (some may have got texts
+                     // since they were marked) just before
+                if (!m_objects.empty()) {
+                    m_marked.push_back(m_objects[m_in.Byte() % m_objects.size()]);
+                    guids.MarkForRemoval(static_cast<ULONG>(m_marked.back()), 1);
+                }
+                if (m_in.Byte() % 2) {
+                    for (const int id : m_marked)
+                        DeleteTexts(id);
+                    m_marked.clear();
+                    guids.RemoveMarkedObjects();
+                }
                 break;
             case 8:
                 guids.FlagOnRepoStatus(static_cast<unsigned>(Object()), m_in.Byte() % 8,
@@ -169,9 +177,16 @@ class CEditor {
         }
     }
 
+    void DeleteTexts(int id) {
+        CNameSpaceMgr& names = m_model.GetNameSpaceMgr();
+        for (const char* usage : kUsages)
+            names.DeleteString(id, names.GetStringUsageTypeId(usage));
+    }
+
     CModelFile& m_model;
     CInput& m_in;
     std::vector<int> m_objects;
+    std::vector<int> m_marked;  // marked for removal, not yet removed
     std::vector<DWORD> m_dictionaries;
     std::vector<ULONG> m_properties;
 };
