@@ -24,7 +24,7 @@ void CEnhStringTable<Row>::Init(unsigned int bucketCount) {
     m_byText.InitHashTable(buckets);
     m_byTextNoCase.InitHashTable(buckets);
     m_byTextPending = m_byTextNoCasePending = true;
-    LoadRows<Row>([this](std::unique_ptr<Row> row) { OnLoaded(*Enter(std::move(row))); });
+    LoadPooledRows<Row>([this](CRowPtr<Row> row) { OnLoaded(*Enter(std::move(row))); });
 }
 
 template <class Row>
@@ -48,7 +48,7 @@ auto CEnhStringTable<Row>::FiledNoCaseMap() const -> NoCaseMap& {
 }
 
 template <class Row>
-Row* CEnhStringTable<Row>::Enter(std::unique_ptr<Row> owned) {
+Row* CEnhStringTable<Row>::Enter(CRowPtr<Row> owned) {
     AddRow(owned.get());
     Row* row = owned.release();
     row->SetEnhTable(static_cast<typename Row::TableType*>(this));
