@@ -24,6 +24,11 @@ CEnhTableBase::~CEnhTableBase() {
         DestroyRow(static_cast<CDbObjectBase*>(m_rows.GetNext(pos)));
 }
 
+CStringArena& CEnhTableBase::TextArena() {
+    if (!m_pTextArena) m_pTextArena = std::make_unique<CStringArena>();
+    return *m_pTextArena;
+}
+
 void CEnhTableBase::DestroyRow(CDbObjectBase* row) {
     CRowDeleter deleter;
     if (m_pRowPool && m_pRowPool->Owns(row)) deleter.pool = m_pRowPool.get();

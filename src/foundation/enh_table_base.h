@@ -32,6 +32,7 @@
 
 #include "platform/cobject.h"
 #include "platform/collections.h"
+#include "platform/cstring.h"
 #include "platform/node_pool.h"
 #include "platform/types.h"
 #include "zmflib/db_object.h"
@@ -157,6 +158,9 @@ class CEnhTableBase : public CObject {
     // loads this way must leave it only through Remove (or the table's end).
     template <class Row, class Enter>
     void LoadPooledRows(Enter&& enter);
+    // Storage for the texts of loaded rows (cstring.h): kept until the table goes,
+    // after every row.
+    CStringArena& TextArena();
     // An empty row in the table's row pool (every row of a table has one type).
     template <class Row>
     CRowPtr<Row> NewPooledRow();
@@ -198,6 +202,7 @@ class CEnhTableBase : public CObject {
     // Storage of loaded rows: a table's rows are many objects of one size, carved
     // from a few large blocks and freed with them when the table goes.
     std::unique_ptr<CNodePool> m_pRowPool;
+    std::unique_ptr<CStringArena> m_pTextArena;
 };
 
 template <class Row, class Enter>

@@ -24,7 +24,14 @@ void CEnhStringTable<Row>::Init(unsigned int bucketCount) {
     m_byText.InitHashTable(buckets);
     m_byTextNoCase.InitHashTable(buckets);
     m_byTextPending = m_byTextNoCasePending = true;
-    LoadPooledRows<Row>([this](CRowPtr<Row> row) { OnLoaded(*Enter(std::move(row))); });
+    // A string's text never changes while the model is open: the texts of loaded
+    // rows move to the table's text arena (the heap block the read filled is the
+    // one the next read gets back).
+    CStringArena& texts = TextArena();
+    LoadPooledRows<Row>([this, &texts](CRowPtr<Row> row) {
+        row->Text = texts.Store(row->GetText());
+        OnLoaded(*Enter(std::move(row)));
+    });
 }
 
 template <class Row>
