@@ -1,5 +1,7 @@
 #include "platform/cstring.h"
 
+#include "platform/huge_block.h"
+
 #include <algorithm>
 #include <climits>
 #include <cstdio>
@@ -460,9 +462,12 @@ void CString::ReleaseBuffer(int newLength) {
 
 CStringArena::~CStringArena() {
     while (m_blocks) {
-        Block* next = m_blocks->next;
-        ::operator delete(m_blocks);
-        m_blocks = next;
+        Block* block = m_blocks;
+        m_blocks = block->next;
+        if (block->hugeBytes)
+            tessmeta::FreeHugeBlock(block, block->hugeBytes);
+        else
+            ::operator delete(block);
     }
 }
 
@@ -475,11 +480,15 @@ CString CStringArena::Store(std::string_view text) {
     if (static_cast<size_t>(m_end - m_next) < bytes) {
         constexpr size_t kHeader = (sizeof(Block) + kAlign - 1) / kAlign * kAlign;
         const size_t size = std::max<size_t>(m_nextBlockBytes, kHeader + bytes);
-        char* memory = static_cast<char*>(::operator new(size));
-        m_blocks = ::new (memory) Block{m_blocks};
-        m_next = memory + kHeader;
-        m_end = memory + size;
-        m_nextBlockBytes = std::min(m_nextBlockBytes * 2, 1u << 20);
+        // Blocks double up to a huge page and stay at that size.
+        void* memory =
+            size == tessmeta::kHugeBlockBytes ? tessmeta::AllocateHugeBlock(size) : nullptr;
+        const size_t hugeBytes = memory ? size : 0;
+        if (!memory) memory = ::operator new(size);
+        m_blocks = ::new (memory) Block{m_blocks, hugeBytes};
+        m_next = static_cast<char*>(memory) + kHeader;
+        m_end = static_cast<char*>(memory) + size;
+        m_nextBlockBytes = std::min<size_t>(m_nextBlockBytes * 2, tessmeta::kHugeBlockBytes);
     }
     auto* rep = ::new (m_next) CString::Rep{length, CString::kInArena};
     m_next += bytes;

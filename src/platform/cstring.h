@@ -20,6 +20,7 @@
 #include <compare>
 #include <concepts>
 #include <cstdarg>
+#include <cstddef>
 #include <string_view>
 
 class CString {
@@ -201,9 +202,10 @@ class CStringArena {
   private:
     struct Block {
         Block* next;
+        size_t hugeBytes;  // a huge block's size (huge_block.h), else 0
     };
     Block* m_blocks = nullptr;
     char* m_next = nullptr;  // free bytes of the newest block: [m_next, m_end)
     char* m_end = nullptr;
-    unsigned m_nextBlockBytes = 4096;  // doubling up to a megabyte
+    size_t m_nextBlockBytes = 4096;  // doubling up to a huge page
 };

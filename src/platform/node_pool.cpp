@@ -1,11 +1,9 @@
 #include "platform/node_pool.h"
 
+#include "platform/huge_block.h"
+
 #include <algorithm>
 #include <cstdint>
-
-#if defined(__linux__)
-#include <sys/mman.h>
-#endif
 
 namespace {
 
@@ -13,37 +11,12 @@ constexpr std::size_t RoundUp(std::size_t n, std::size_t align) {
     return (n + align - 1) / align * align;
 }
 
-// Storage of `bytes` (kMaxBlockBytes) aligned to its own size and advised as a huge
-// page, or null where that cannot be had: the caller then takes ordinary storage.
-void* MapHugeBlock([[maybe_unused]] std::size_t bytes) noexcept {
-#if defined(__linux__) && defined(MADV_HUGEPAGE)
-    void* mapped =
-        ::mmap(nullptr, 2 * bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (mapped == MAP_FAILED) return nullptr;
-    const auto begin = reinterpret_cast<std::uintptr_t>(mapped);
-    const std::uintptr_t aligned = RoundUp(begin, bytes);
-    if (aligned > begin) ::munmap(mapped, aligned - begin);
-    if (aligned + bytes < begin + 2 * bytes)
-        ::munmap(reinterpret_cast<void*>(aligned + bytes), begin + 2 * bytes - aligned - bytes);
-    ::madvise(reinterpret_cast<void*>(aligned), bytes, MADV_HUGEPAGE);
-    return reinterpret_cast<void*>(aligned);
-#else
-    return nullptr;
-#endif
-}
-
-void UnmapHugeBlock([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) noexcept {
-#if defined(__linux__) && defined(MADV_HUGEPAGE)
-    ::munmap(block, bytes);
-#endif
-}
-
 }  // namespace
 
 struct CNodePool::Block {
     Block* next;
     std::size_t bytes;  // the whole block, header included
-    bool mapped;        // from MapHugeBlock, else from operator new
+    bool mapped;        // from AllocateHugeBlock, else from operator new
 };
 
 namespace {
@@ -66,7 +39,7 @@ void CNodePool::Grow() {
     bool mapped = false;
     if (bytes >= kMaxBlockBytes && m_nodeSize <= kMaxBlockBytes - kHeader) {
         bytes = kMaxBlockBytes;
-        memory = MapHugeBlock(bytes);
+        memory = tessmeta::AllocateHugeBlock(bytes);
         mapped = memory != nullptr;
     } else {
         m_nextBlockNodes *= 2;
@@ -82,7 +55,7 @@ void CNodePool::Reset() noexcept {
         Block* block = m_blocks;
         m_blocks = block->next;
         if (block->mapped)
-            UnmapHugeBlock(block, block->bytes);
+            tessmeta::FreeHugeBlock(block, block->bytes);
         else
             ::operator delete(block);
     }

@@ -23,7 +23,7 @@
 class CNodePool {
   public:
     // The largest block, in bytes (a huge page).
-    static constexpr std::size_t kMaxBlockBytes = std::size_t{2} << 20;
+    static constexpr std::size_t kMaxBlockBytes = std::size_t{2} << 20;  // kHugeBlockBytes
 
     // `nodeSize` is the size of the node type (a multiple of its alignment);
     // `blockSize` below 1 reads as 1.
