@@ -231,7 +231,7 @@ class CEnhTable : public CEnhTableBase {
         // the same inserts in the same order as at load, so the same tree, but a
         // load whose foreign keys are never asked for does not pay for it.
         m_fkIndexPending = true;
-        LoadRows<Row>([this](std::unique_ptr<Row> row) {
+        LoadPooledRows<Row>([this](CRowPtr<Row> row) {
             if (AdmitLoadedRow(*row)) EnterRow(std::move(row));
         });
     }
@@ -413,7 +413,7 @@ class CEnhTable : public CEnhTableBase {
     // Internal insert: a filled row enters the table (list, key, key map, foreign-key
     // index, extra indexes). A row without a key gets one; a given key is declared
     // so that no later allocation repeats it. Returns the key.
-    ULONG EnterRow(std::unique_ptr<Row> owned) {
+    ULONG EnterRow(CRowPtr<Row> owned) {
         AddRow(owned.get());
         Row* row = owned.release();
         if constexpr (requires { typename Row::TableType; })

@@ -23,7 +23,18 @@ CEnhTableBase::CEnhTableBase(CZmfFile* file, const char* tableName) : m_pFile(fi
 
 CEnhTableBase::~CEnhTableBase() {
     for (POSITION pos = m_rows.GetHeadPosition(); pos;)
-        delete static_cast<CDbObjectBase*>(m_rows.GetNext(pos));
+        DestroyRow(static_cast<CDbObjectBase*>(m_rows.GetNext(pos)));
+}
+
+CStringArena& CEnhTableBase::TextArena() {
+    if (!m_pTextArena) m_pTextArena = std::make_unique<CStringArena>();
+    return *m_pTextArena;
+}
+
+void CEnhTableBase::DestroyRow(CDbObjectBase* row) {
+    CRowDeleter deleter;
+    if (m_pRowPool && m_pRowPool->Owns(row)) deleter.pool = m_pRowPool.get();
+    deleter(row);
 }
 
 int CEnhTableBase::Get(CDbObjectBase* row) {
@@ -33,7 +44,7 @@ int CEnhTableBase::Get(CDbObjectBase* row) {
 void CEnhTableBase::Remove(CDbObjectBase* row) {
     if (!row) return;
     const POSITION position = row->GetListPosition();
-    delete row;
+    DestroyRow(row);
     if (position) m_rows.RemoveAt(position);
 }
 

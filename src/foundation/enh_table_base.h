@@ -34,6 +34,8 @@
 
 #include "platform/cobject.h"
 #include "platform/collections.h"
+#include "platform/cstring.h"
+#include "platform/node_pool.h"
 #include "platform/types.h"
 #include "zmflib/db_object.h"
 #include "zmflib/iterators.h"
@@ -69,11 +71,35 @@ inline void CheckedInsert(CTableBase* table, const CDbObjectBase* row, int line)
 // line of this statement.
 #define ZMF_CHECKED_INSERT(table, row) ::tessmeta::CheckedInsert((table), (row), __LINE__)
 
+// Destroys a row that is not (or no longer) in a table's row list: a row from the
+// table's row pool goes back to the pool, any other row is deleted. Rows made with
+// std::make_unique convert to CRowPtr with a deleter that deletes.
+struct CRowDeleter {
+    CNodePool* pool = nullptr;
+
+    CRowDeleter() = default;
+    explicit CRowDeleter(CNodePool* rowPool) : pool(rowPool) {}
+    template <class Row>
+    CRowDeleter(std::default_delete<Row>) {}
+
+    template <class Row>
+    void operator()(Row* row) const {
+        if (!pool) {
+            delete row;
+            return;
+        }
+        row->~Row();
+        pool->Free(row);
+    }
+};
+template <class Row>
+using CRowPtr = std::unique_ptr<Row, CRowDeleter>;
+
 class CEnhTableBase : public CObject {
   public:
     // `file` is the application's; the table never owns it.
     explicit CEnhTableBase(CZmfFile* file);
-    // Deletes every row still in the row list.
+    // Destroys every row still in the row list.
     ~CEnhTableBase() override;
 
     // Does nothing here.
@@ -94,7 +120,8 @@ class CEnhTableBase : public CObject {
     // Reads the stored row with `row`'s key into `row` (CTableBase::Get on the
     // handle); 0 when absent or when no record-store table is held.
     int Get(CDbObjectBase* row);
-    // Unlinks a row of this table from the row list and destroys it.
+    // Unlinks a row of this table from the row list and destroys it (a row from the
+    // row pool goes back to the pool).
     void Remove(CDbObjectBase* row);
 
     // The row list, in order.
@@ -111,8 +138,8 @@ class CEnhTableBase : public CObject {
     // Also opens the named record-store table as the handle.
     CEnhTableBase(CZmfFile* file, const char* tableName);
 
-    // Takes ownership of `row`: appends it and records its position in the row.
-    // If this throws, the row is not taken.
+    // Takes ownership of `row` (from the row pool or the heap): appends it and
+    // records its position in the row. If this throws, the row is not taken.
     void AddRow(CDbObjectBase* row) { row->SetListPosition(m_rows.AddTail(row)); }
 
     // Raises the row-numbering counter to `key` if it is below (for loaded rows of
@@ -133,6 +160,17 @@ class CEnhTableBase : public CObject {
     // `enter` (which takes ownership), then releases the record-store table.
     template <class Row, class Enter>
     void LoadRows(Enter&& enter);
+    // The same with rows from the table's row pool: `enter` takes a CRowPtr<Row>,
+    // which gives the row back to the pool if it is dropped. Rows of a table that
+    // loads this way must leave it only through Remove (or the table's end).
+    template <class Row, class Enter>
+    void LoadPooledRows(Enter&& enter);
+    // Storage for the texts of loaded rows (cstring.h): kept until the table goes,
+    // after every row.
+    CStringArena& TextArena();
+    // An empty row in the table's row pool (every row of a table has one type).
+    template <class Row>
+    CRowPtr<Row> NewPooledRow();
     // The load loop of tables that turn stored records into rows of another shape:
     // reads every stored row into one reused Record (its text fields keep their
     // storage from row to row) and passes it to `enter` by const reference, then
@@ -162,11 +200,16 @@ class CEnhTableBase : public CObject {
   private:
     void ReleaseHandle();
     CTableBase* StorageTable(const char* tableName);
+    void DestroyRow(CDbObjectBase* row);
 
     int m_nNextKey = 0;
     CTableBase* m_pTable = nullptr;  // not owned: the file owns its tables
     CPtrList m_rows{10};             // owns every row (CDbObjectBase*) in it
     CZmfFile* m_pFile;               // not owned
+    // Storage of loaded rows: a table's rows are many objects of one size, carved
+    // from a few large blocks and freed with them when the table goes.
+    std::unique_ptr<CNodePool> m_pRowPool;
+    std::unique_ptr<CStringArena> m_pTextArena;
 };
 
 template <class Row, class Enter>
@@ -178,6 +221,30 @@ void CEnhTableBase::LoadRows(Enter&& enter) {
         row = std::make_unique<Row>();
     }
     row.reset();  // the spare row the last, failed read went into
+    ReleaseHandle();
+}
+
+template <class Row>
+CRowPtr<Row> CEnhTableBase::NewPooledRow() {
+    // The first block holds 64 rows; each further one twice as many (node_pool.h).
+    if (!m_pRowPool) m_pRowPool = std::make_unique<CNodePool>(sizeof(Row), 64);
+    void* storage = m_pRowPool->Alloc();
+    try {
+        return CRowPtr<Row>(::new (storage) Row(), CRowDeleter(m_pRowPool.get()));
+    } catch (...) {
+        m_pRowPool->Free(storage);
+        throw;
+    }
+}
+
+template <class Row, class Enter>
+void CEnhTableBase::LoadPooledRows(Enter&& enter) {
+    CIteratorBase stored(m_pTable);
+    for (;;) {
+        CRowPtr<Row> row = NewPooledRow<Row>();
+        if (!stored.GetNext(row.get())) break;  // the spare row goes back to the pool
+        enter(std::move(row));
+    }
     ReleaseHandle();
 }
 

@@ -94,7 +94,7 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
     // Stored GUIDs are texts, kept in memory as binary GUIDs: each record is read
     // into one reused buffer and only its other columns are copied into the row.
     LoadRecords<CUniqueObjectBase>([this, storedGuids](const CUniqueObjectBase& record) {
-        auto row = std::make_unique<CKelUniqueObject>();
+        CRowPtr<CKelUniqueObject> row = NewPooledRow<CKelUniqueObject>();
         CopyNonTextColumns(record, *row);
         if (storedGuids) {
             // Empty or malformed text leaves the GUID nil.
@@ -119,13 +119,13 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
     }
 }
 
-ULONG CEnhUniqueObjectTable::Add(std::unique_ptr<CKelUniqueObject> owned) {
+ULONG CEnhUniqueObjectTable::Add(CRowPtr<CKelUniqueObject> owned) {
     CKelUniqueObject* row = EnterRow(std::move(owned));
     if (m_pByGuid) FileByGuid(row);
     return row->Unique_Object_ID;
 }
 
-CKelUniqueObject* CEnhUniqueObjectTable::EnterRow(std::unique_ptr<CKelUniqueObject> owned) {
+CKelUniqueObject* CEnhUniqueObjectTable::EnterRow(CRowPtr<CKelUniqueObject> owned) {
     AddRow(owned.get());
     CKelUniqueObject* row = owned.release();
     row->SetEnhTable(this);

@@ -107,7 +107,7 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     }
 
     // Takes `row` into the list and the maps. Returns its id.
-    ULONG Add(std::unique_ptr<CKelUniqueObject> row);
+    ULONG Add(CRowPtr<CKelUniqueObject> row);
     // Removes the row mapped under `id` from the maps and the list and destroys it.
     // 0 when there is none.
     int Delete(ULONG id);
@@ -130,7 +130,7 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
 
   private:
     // Takes a row into the list and the id map (not the GUID map).
-    CKelUniqueObject* EnterRow(std::unique_ptr<CKelUniqueObject> row);
+    CKelUniqueObject* EnterRow(CRowPtr<CKelUniqueObject> row);
     // Files a row in the GUID map unless its GUID is taken.
     void FileByGuid(CKelUniqueObject* row);
     // Whether Save leaves `row` out as an object the host no longer refers to.

@@ -74,7 +74,9 @@ std::unique_ptr<CModelFile> CModelFile::Open(const std::string& path, std::strin
 std::unique_ptr<CModelFile> CModelFile::Load(std::unique_ptr<CZmfFile> file,
                                              const SModelLoadOptions& options) {
     std::unique_ptr<CModelFile> model(new CModelFile(std::move(file)));
+    model->GetFile().BeginBulkRead();
     model->LoadManagers(options);
+    model->GetFile().EndBulkRead();
     return model;
 }
 

@@ -24,7 +24,14 @@ void CEnhStringTable<Row>::Init(unsigned int bucketCount) {
     m_byText.InitHashTable(buckets);
     m_byTextNoCase.InitHashTable(buckets);
     m_byTextPending = m_byTextNoCasePending = true;
-    LoadRows<Row>([this](std::unique_ptr<Row> row) { OnLoaded(*Enter(std::move(row))); });
+    // A string's text never changes while the model is open: the texts of loaded
+    // rows move to the table's text arena (the heap block the read filled is the
+    // one the next read gets back).
+    CStringArena& texts = TextArena();
+    LoadPooledRows<Row>([this, &texts](CRowPtr<Row> row) {
+        row->Text = texts.Store(row->GetText());
+        OnLoaded(*Enter(std::move(row)));
+    });
 }
 
 template <class Row>
@@ -48,7 +55,7 @@ auto CEnhStringTable<Row>::FiledNoCaseMap() const -> NoCaseMap& {
 }
 
 template <class Row>
-Row* CEnhStringTable<Row>::Enter(std::unique_ptr<Row> owned) {
+Row* CEnhStringTable<Row>::Enter(CRowPtr<Row> owned) {
     AddRow(owned.get());
     Row* row = owned.release();
     row->SetEnhTable(static_cast<typename Row::TableType*>(this));

@@ -85,7 +85,7 @@ class CEnhStringTable : public CEnhTableBase {
     CEnhStringTable(CZmfFile* file, const char* tableName) : CEnhTableBase(file, tableName) {}
 
     // A filled row enters the list and the three maps. Returns it.
-    Row* Enter(std::unique_ptr<Row> row);
+    Row* Enter(CRowPtr<Row> row);
 
     // Rewrites the record-store table in list order. With `purge` set, a row is
     // written only when `used` holds its id or SurvivesPurge says so; any other

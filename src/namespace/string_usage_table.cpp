@@ -42,7 +42,7 @@ void CEnhStringUsageTable::Init(unsigned int bucketCount, bool buildRoleIndex, b
 }
 
 void CEnhStringUsageTable::ReadAhead() {
-    m_pNextRow = std::make_unique<CKelStringUsage>();
+    m_pNextRow = NewPooledRow<CKelStringUsage>();
     if (!m_pPendingRows || !m_pPendingRows->GetNext(m_pNextRow.get())) m_pNextRow.reset();
 }
 

@@ -172,7 +172,7 @@ class CEnhStringUsageTable : public CEnhTable<SStringUsageTraits> {
     // row, read ahead so that the load is known complete as soon as the rows run
     // out. Both null otherwise.
     std::unique_ptr<CIteratorBase> m_pPendingRows;
-    std::unique_ptr<CKelStringUsage> m_pNextRow;
+    CRowPtr<CKelStringUsage> m_pNextRow;
     // A role walk without the role tree: the usage type it filters on.
     bool m_roleWalkFiltered = false;
     DWORD m_roleWalkUsageType = 0;

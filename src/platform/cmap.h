@@ -13,7 +13,8 @@
 //     keys, their hashes and the order of insertion.
 //   - Inserting a key equal to a present one (SetAt, operator[]) keeps the stored key
 //     and its place, and replaces only the value.
-//   - Nodes come from blocks of `nBlockSize` (node_pool.h).
+//   - Nodes come from blocks of `nBlockSize` nodes and more (node_pool.h); a bucket
+//     array of two megabytes or more is a huge block (huge_block.h).
 //
 // Costs: a lookup is one hash, one modulo and a walk of one chain, comparing the
 // stored full hash before calling TRAITS::Equal; it never allocates. Sizing the
@@ -44,6 +45,7 @@
 #include <type_traits>
 
 #include "platform/cstring.h"
+#include "platform/huge_block.h"
 #include "platform/node_pool.h"
 #include "platform/types.h"
 
@@ -159,7 +161,7 @@ class CMap {
                     assoc = next;
                 }
             }
-            delete[] m_pHashTable;
+            FreeTable(m_pHashTable, m_nHashTableSize, m_hugeTable);
             m_pHashTable = nullptr;
         }
         m_nCount = 0;
@@ -215,7 +217,31 @@ class CMap {
         return assoc->pNext ? assoc->pNext : FirstFrom(assoc->nHashValue % m_nHashTableSize + 1);
     }
 
-    void AllocateTable() { m_pHashTable = new CAssoc*[m_nHashTableSize](); }
+    void AllocateTable() { m_pHashTable = NewTable(m_nHashTableSize, m_hugeTable); }
+
+    // A zeroed bucket array; a large one from huge pages when the system has them.
+    static std::size_t HugeTableBytes(UINT size) {
+        const std::size_t bytes = sizeof(CAssoc*) * size;
+        if (bytes < tessmeta::kHugeBlockBytes) return 0;
+        return (bytes + tessmeta::kHugeBlockBytes - 1) / tessmeta::kHugeBlockBytes *
+               tessmeta::kHugeBlockBytes;
+    }
+    static CAssoc** NewTable(UINT size, bool& huge) {
+        huge = false;
+        if (const std::size_t bytes = HugeTableBytes(size)) {
+            if (void* block = tessmeta::AllocateHugeBlock(bytes)) {
+                huge = true;
+                return static_cast<CAssoc**>(block);
+            }
+        }
+        return new CAssoc*[size]();
+    }
+    static void FreeTable(CAssoc** table, UINT size, bool huge) noexcept {
+        if (huge)
+            tessmeta::FreeHugeBlock(table, HugeTableBytes(size));
+        else
+            delete[] table;
+    }
 
     CAssoc* Insert(ARG_KEY key, UINT hash) {
         if (!m_pHashTable) AllocateTable();
@@ -245,7 +271,8 @@ class CMap {
     // are in memory, so references to values stay valid.
     void Grow() {
         const UINT size = m_nHashTableSize * 2 + 1;
-        CAssoc** table = new CAssoc*[size]();
+        bool huge = false;
+        CAssoc** table = NewTable(size, huge);
         for (UINT bucket = 0; bucket < m_nHashTableSize; ++bucket) {
             for (CAssoc* assoc = m_pHashTable[bucket]; assoc;) {
                 CAssoc* next = assoc->pNext;
@@ -255,7 +282,8 @@ class CMap {
                 assoc = next;
             }
         }
-        delete[] m_pHashTable;
+        FreeTable(m_pHashTable, m_nHashTableSize, m_hugeTable);
+        m_hugeTable = huge;
         m_pHashTable = table;
         m_nHashTableSize = size;
     }
@@ -269,5 +297,6 @@ class CMap {
     CAssoc** m_pHashTable = nullptr;
     UINT m_nHashTableSize = 17;
     int m_nCount = 0;
+    bool m_hugeTable = false;  // the bucket array is a huge block
     CNodePool m_pool;
 };

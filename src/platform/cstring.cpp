@@ -1,5 +1,7 @@
 #include "platform/cstring.h"
 
+#include "platform/huge_block.h"
+
 #include <algorithm>
 #include <climits>
 #include <cstdio>
@@ -53,7 +55,7 @@ CString::CString(std::string_view text) {
     Assign(text);
 }
 CString::~CString() {
-    ::operator delete(m_rep);
+    Release(m_rep);
 }
 
 CString& CString::operator=(const CString& other) {
@@ -63,7 +65,7 @@ CString& CString::operator=(const CString& other) {
 
 CString& CString::operator=(CString&& other) noexcept {
     if (this != &other) {
-        ::operator delete(m_rep);
+        Release(m_rep);
         m_rep = other.m_rep;
         other.m_rep = nullptr;
     }
@@ -86,8 +88,16 @@ CString& CString::operator=(std::string_view text) {
 }
 
 void CString::Empty() noexcept {
-    ::operator delete(m_rep);
+    Release(m_rep);
     m_rep = nullptr;
+}
+
+void CString::MakeWritable() {
+    if (!m_rep || m_rep->capacity != kInArena) return;
+    Rep* rep = Allocate(m_rep->length);
+    std::memcpy(Data(rep), Data(m_rep), static_cast<size_t>(m_rep->length) + 1);
+    rep->length = m_rep->length;
+    m_rep = rep;
 }
 
 void CString::SetLength(int length) noexcept {
@@ -99,7 +109,10 @@ void CString::SetLength(int length) noexcept {
 // block is released only after the copy.
 void CString::Assign(std::string_view text) {
     if (text.empty()) {
-        if (m_rep) SetLength(0);
+        if (m_rep && m_rep->capacity == kInArena)
+            m_rep = nullptr;
+        else if (m_rep)
+            SetLength(0);
         return;
     }
     const int length = CheckedLength(text.size());
@@ -110,7 +123,7 @@ void CString::Assign(std::string_view text) {
     }
     Rep* rep = Allocate(length);
     std::memcpy(Data(rep), text.data(), text.size());
-    ::operator delete(m_rep);
+    Release(m_rep);
     m_rep = rep;
     SetLength(length);
 }
@@ -121,7 +134,7 @@ void CString::Reserve(int capacity) {
     if (m_rep) {
         std::memcpy(Data(rep), Data(m_rep), static_cast<size_t>(m_rep->length) + 1);
         rep->length = m_rep->length;
-        ::operator delete(m_rep);
+        Release(m_rep);
     }
     m_rep = rep;
 }
@@ -134,12 +147,13 @@ CString& CString::Append(std::string_view text) {
         // Grow geometrically so that a loop of appends stays linear. The source may
         // be our own bytes, so copy it before the old block goes.
         const int capacity =
-            m_rep ? std::max(newLength, CheckedLength(m_rep->capacity + m_rep->capacity / 2))
-                  : newLength;
+            m_rep && m_rep->capacity != kInArena
+                ? std::max(newLength, CheckedLength(m_rep->capacity + m_rep->capacity / 2))
+                : newLength;
         Rep* rep = Allocate(capacity);
         if (m_rep) std::memcpy(Data(rep), Data(m_rep), static_cast<size_t>(oldLength));
         std::memcpy(Data(rep) + oldLength, text.data(), text.size());
-        ::operator delete(m_rep);
+        Release(m_rep);
         m_rep = rep;
     } else {
         std::memmove(Data(m_rep) + oldLength, text.data(), text.size());
@@ -153,7 +167,9 @@ char CString::GetAt(int index) const {
 }
 
 void CString::SetAt(int index, char ch) {
-    if (index >= 0 && index < GetLength()) Data(m_rep)[index] = ch;
+    if (index < 0 || index >= GetLength()) return;
+    MakeWritable();
+    Data(m_rep)[index] = ch;
 }
 
 CString CString::Concat(std::string_view a, std::string_view b) {
@@ -206,13 +222,15 @@ int CString::CompareNoCase(const CString& text) const noexcept {
     return CompareViewsNoCase(View(), text.View());
 }
 
-CString& CString::MakeUpper() noexcept {
+CString& CString::MakeUpper() {
+    MakeWritable();
     for (int i = 0, n = GetLength(); i < n; ++i)
         Data(m_rep)[i] = ToUpperAscii(Data(m_rep)[i]);
     return *this;
 }
 
-CString& CString::MakeLower() noexcept {
+CString& CString::MakeLower() {
+    MakeWritable();
     for (int i = 0, n = GetLength(); i < n; ++i)
         Data(m_rep)[i] = ToLowerAscii(Data(m_rep)[i]);
     return *this;
@@ -263,6 +281,7 @@ void CString::AppendFormatV(const char* format, va_list args) {
 }
 
 int CString::Remove(char ch) {
+    MakeWritable();
     const int length = GetLength();
     int kept = 0;
     for (int i = 0; i < length; ++i) {
@@ -297,6 +316,7 @@ int CString::Delete(int index, int count) {
     count = std::max(count, 0);
     if (index >= length || count == 0) return length;
     count = std::min(count, length - index);
+    MakeWritable();
     char* data = Data(m_rep);
     std::memmove(data + index, data + index + count, static_cast<size_t>(length - index - count));
     SetLength(length - count);
@@ -304,6 +324,7 @@ int CString::Delete(int index, int count) {
 }
 
 int CString::Replace(char oldCh, char newCh) {
+    MakeWritable();
     int count = 0;
     for (int i = 0, n = GetLength(); i < n; ++i) {
         if (Data(m_rep)[i] == oldCh) {
@@ -377,6 +398,7 @@ CString CString::Right(int count) const {
 
 void CString::KeepRange(int first, int count) {
     if (!m_rep) return;
+    MakeWritable();
     if (first > 0) std::memmove(Data(m_rep), Data(m_rep) + first, static_cast<size_t>(count));
     SetLength(count);
 }
@@ -427,10 +449,51 @@ char* CString::GetBufferSetLength(int length) {
 
 void CString::ReleaseBuffer(int newLength) {
     if (!m_rep) return;
+    MakeWritable();
     if (newLength < 0) {
         const void* nul = std::memchr(Data(m_rep), '\0', static_cast<size_t>(m_rep->capacity));
         newLength =
             nul ? static_cast<int>(static_cast<const char*>(nul) - Data(m_rep)) : m_rep->capacity;
     }
     SetLength(std::min(newLength, m_rep->capacity));
+}
+
+// ---- CStringArena -----------------------------------------------------------------------
+
+CStringArena::~CStringArena() {
+    while (m_blocks) {
+        Block* block = m_blocks;
+        m_blocks = block->next;
+        if (block->hugeBytes)
+            tessmeta::FreeHugeBlock(block, block->hugeBytes);
+        else
+            ::operator delete(block);
+    }
+}
+
+CString CStringArena::Store(std::string_view text) {
+    CString stored;
+    if (text.empty()) return stored;
+    const int length = CheckedLength(text.size());
+    constexpr size_t kAlign = alignof(CString::Rep);
+    const size_t bytes = (sizeof(CString::Rep) + text.size() + 1 + kAlign - 1) / kAlign * kAlign;
+    if (static_cast<size_t>(m_end - m_next) < bytes) {
+        constexpr size_t kHeader = (sizeof(Block) + kAlign - 1) / kAlign * kAlign;
+        const size_t size = std::max<size_t>(m_nextBlockBytes, kHeader + bytes);
+        // Blocks double up to a huge page and stay at that size.
+        void* memory =
+            size == tessmeta::kHugeBlockBytes ? tessmeta::AllocateHugeBlock(size) : nullptr;
+        const size_t hugeBytes = memory ? size : 0;
+        if (!memory) memory = ::operator new(size);
+        m_blocks = ::new (memory) Block{m_blocks, hugeBytes};
+        m_next = static_cast<char*>(memory) + kHeader;
+        m_end = static_cast<char*>(memory) + size;
+        m_nextBlockBytes = std::min<size_t>(m_nextBlockBytes * 2, tessmeta::kHugeBlockBytes);
+    }
+    auto* rep = ::new (m_next) CString::Rep{length, CString::kInArena};
+    m_next += bytes;
+    std::memcpy(CString::Data(rep), text.data(), text.size());
+    CString::Data(rep)[length] = '\0';
+    stored.m_rep = rep;
+    return stored;
 }

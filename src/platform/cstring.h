@@ -6,6 +6,11 @@
 // the bytes followed by a NUL. Copies are deep; there is no sharing between
 // strings, so a string may be handed to another thread like any value.
 //
+// A string may instead read its text from a CStringArena (below): the same block
+// layout inside the arena, marked by a negative capacity. Such a string behaves
+// like any other; it copies its text to a heap block of its own the first time it
+// is changed, and never frees the arena's bytes.
+//
 // Lengths and indexes are `int`, as in the framework. Bytes are opaque: the string
 // may hold any byte, including NUL, and nothing here depends on the C locale.
 // Case operations touch only the ASCII letters 'a'-'z' and 'A'-'Z'; the no-case
@@ -15,6 +20,7 @@
 #include <compare>
 #include <concepts>
 #include <cstdarg>
+#include <cstddef>
 #include <string_view>
 
 class CString {
@@ -89,8 +95,8 @@ class CString {
         return a.Compare(b) <=> 0;
     }
 
-    CString& MakeUpper() noexcept;
-    CString& MakeLower() noexcept;
+    CString& MakeUpper();
+    CString& MakeLower();
 
     // printf-style formatting into a string of any length.
     void Format(const char* format, ...) __attribute__((format(printf, 2, 3)));
@@ -140,10 +146,13 @@ class CString {
     void ReleaseBuffer(int newLength = -1);
 
   private:
+    friend class CStringArena;
+
     struct Rep {
         int length;
-        int capacity;  // bytes available for text, not counting the NUL
+        int capacity;  // bytes available for text, not counting the NUL; kInArena
     };
+    static constexpr int kInArena = -1;  // the text lives in a CStringArena
     static char* Data(Rep* rep) noexcept { return reinterpret_cast<char*>(rep + 1); }
     static std::string_view ViewOf(const char* text) noexcept {
         return text ? std::string_view(text) : std::string_view();
@@ -151,6 +160,12 @@ class CString {
     static int CompareViews(std::string_view a, std::string_view b) noexcept;
     static int CompareViewsNoCase(std::string_view a, std::string_view b) noexcept;
     static Rep* Allocate(int capacity);
+    // Frees a heap block; leaves an arena's text alone.
+    static void Release(Rep* rep) noexcept {
+        if (rep && rep->capacity != kInArena) ::operator delete(rep);
+    }
+    // Before an in-place change: moves a text that lives in an arena to the heap.
+    void MakeWritable();
     static CString Concat(std::string_view a, std::string_view b);
 
     void Assign(std::string_view text);
@@ -168,3 +183,29 @@ class CString {
 };
 
 static_assert(sizeof(CString) == sizeof(void*));
+
+// Storage for many texts that go together and are read far more often than they
+// change (the texts of a loaded table): each text is copied once into large blocks,
+// with no heap block, header or rounding of its own. Store returns a string that
+// reads its copy there. The arena frees everything at once when it goes, so it must
+// outlive every string Store returned (copies of them are ordinary strings, and a
+// changed string has moved to the heap). Stored bytes are never reused.
+class CStringArena {
+  public:
+    CStringArena() = default;
+    CStringArena(const CStringArena&) = delete;
+    CStringArena& operator=(const CStringArena&) = delete;
+    ~CStringArena();
+
+    CString Store(std::string_view text);
+
+  private:
+    struct Block {
+        Block* next;
+        size_t hugeBytes;  // a huge block's size (huge_block.h), else 0
+    };
+    Block* m_blocks = nullptr;
+    char* m_next = nullptr;  // free bytes of the newest block: [m_next, m_end)
+    char* m_end = nullptr;
+    size_t m_nextBlockBytes = 4096;  // doubling up to a huge page
+};

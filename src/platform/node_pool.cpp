@@ -1,6 +1,9 @@
 #include "platform/node_pool.h"
 
+#include "platform/huge_block.h"
+
 #include <algorithm>
+#include <cstdint>
 
 namespace {
 
@@ -10,28 +13,62 @@ constexpr std::size_t RoundUp(std::size_t n, std::size_t align) {
 
 }  // namespace
 
+struct CNodePool::Block {
+    Block* next;
+    std::size_t bytes;  // the whole block, header included
+    bool mapped;        // from AllocateHugeBlock, else from operator new
+};
+
+namespace {
+constexpr std::size_t kHeader = (sizeof(void*) * 3 + alignof(std::max_align_t) - 1) /
+                                alignof(std::max_align_t) * alignof(std::max_align_t);
+}  // namespace
+
 CNodePool::CNodePool(std::size_t nodeSize, int blockSize)
     // A node's size is a multiple of its alignment, so with the block header padded
     // to the largest alignment every node in the block is aligned for its type.
     : m_nodeSize(RoundUp(std::max(nodeSize, sizeof(FreeNode)), alignof(FreeNode))),
-      m_blockSize(std::max(blockSize, 1)) {}
+      m_nextBlockNodes(static_cast<std::size_t>(std::max(blockSize, 1))),
+      m_blockSize(std::max(blockSize, 1)) {
+    static_assert(kHeader >= sizeof(Block));
+}
 
 void CNodePool::Grow() {
-    const std::size_t header = RoundUp(sizeof(Block), alignof(std::max_align_t));
-    char* memory = static_cast<char*>(
-        ::operator new(header + m_nodeSize * static_cast<std::size_t>(m_blockSize)));
-    m_blocks = ::new (memory) Block{m_blocks};
-    // Chain the nodes so that they are handed out in address order.
-    for (int i = m_blockSize - 1; i >= 0; --i) {
-        Free(memory + header + m_nodeSize * static_cast<std::size_t>(i));
+    std::size_t bytes = kHeader + m_nodeSize * m_nextBlockNodes;
+    void* memory = nullptr;
+    bool mapped = false;
+    if (bytes >= kMaxBlockBytes && m_nodeSize <= kMaxBlockBytes - kHeader) {
+        bytes = kMaxBlockBytes;
+        memory = tessmeta::AllocateHugeBlock(bytes);
+        mapped = memory != nullptr;
+    } else {
+        m_nextBlockNodes *= 2;
     }
+    if (!memory) memory = ::operator new(bytes);
+    m_blocks = ::new (memory) Block{m_blocks, bytes, mapped};
+    m_next = static_cast<char*>(memory) + kHeader;
+    m_end = m_next + (bytes - kHeader) / m_nodeSize * m_nodeSize;
 }
 
 void CNodePool::Reset() noexcept {
     while (m_blocks) {
-        Block* next = m_blocks->next;
-        ::operator delete(m_blocks);
-        m_blocks = next;
+        Block* block = m_blocks;
+        m_blocks = block->next;
+        if (block->mapped)
+            tessmeta::FreeHugeBlock(block, block->bytes);
+        else
+            ::operator delete(block);
     }
     m_free = nullptr;
+    m_next = m_end = nullptr;
+    m_nextBlockNodes = static_cast<std::size_t>(m_blockSize);
+}
+
+bool CNodePool::Owns(const void* p) const noexcept {
+    const auto* byte = static_cast<const char*>(p);
+    for (const Block* block = m_blocks; block; block = block->next) {
+        const auto* begin = reinterpret_cast<const char*>(block);
+        if (byte >= begin + kHeader && byte < begin + block->bytes) return true;
+    }
+    return false;
 }

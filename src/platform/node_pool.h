@@ -1,14 +1,20 @@
-// Fixed-size node storage for the linked containers (CList, CMap).
+// Fixed-size node storage for the linked containers (CList, CMap) and the row
+// objects of the in-memory tables.
 //
-// Nodes are carved from blocks of `blockSize` nodes instead of one heap allocation
-// each: a table of a million rows then costs a hundred thousand allocations, and an
-// emptied container frees everything with one walk over its blocks. A freed node
-// goes on the pool's free list and is handed out again before a new block is made;
-// blocks are released only by Reset, which the containers call when they become
-// empty.
+// Nodes are carved from blocks instead of one heap allocation each. The first block
+// holds `blockSize` nodes and each further block twice as many as the one before,
+// up to kMaxBlockBytes: a container of ten entries costs one small block, a table
+// of a million rows a few dozen large ones, and an emptied container frees
+// everything with one walk over its blocks. Nodes are handed out in address order
+// from the newest block, so a block's pages are first touched only when its nodes
+// are; blocks of the largest size are aligned to and advised as huge pages where
+// the system offers them (two-megabyte pages cost one page fault where 4 KiB pages
+// cost 512). A freed node goes on the pool's free list and is handed out again
+// before any fresh one; blocks are released only by Reset (which the containers
+// call when they become empty) and by the destructor.
 //
-// The pool hands out raw storage: the container constructs its node in it and
-// destroys the node before giving the storage back.
+// The pool hands out raw storage: the owner constructs its node in it and destroys
+// the node before giving the storage back.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +22,11 @@
 
 class CNodePool {
   public:
-    // `nodeSize` must be at least a pointer's size; `blockSize` below 1 reads as 1.
+    // The largest block, in bytes (a huge page).
+    static constexpr std::size_t kMaxBlockBytes = std::size_t{2} << 20;  // kHugeBlockBytes
+
+    // `nodeSize` is the size of the node type (a multiple of its alignment);
+    // `blockSize` below 1 reads as 1.
     CNodePool(std::size_t nodeSize, int blockSize);
     CNodePool(const CNodePool&) = delete;
     CNodePool& operator=(const CNodePool&) = delete;
@@ -24,32 +34,43 @@ class CNodePool {
 
     // Storage for one node, aligned for any type. Throws std::bad_alloc.
     void* Alloc() {
-        if (!m_free) Grow();
-        FreeNode* node = m_free;
-        m_free = node->next;
+        if (m_free) {
+            FreeNode* node = m_free;
+            m_free = node->next;
+            return node;
+        }
+        if (m_next == m_end) Grow();
+        void* node = m_next;
+        m_next += m_nodeSize;
         return node;
     }
 
     // Gives back storage from Alloc whose node has already been destroyed.
     void Free(void* node) noexcept { m_free = ::new (node) FreeNode{m_free}; }
 
-    // Releases every block. Nodes still in use become invalid.
+    // Releases every block. Nodes still in use become invalid; the next block is
+    // again of `blockSize` nodes.
     void Reset() noexcept;
 
+    // Whether `p` lies in storage of this pool (walks the blocks).
+    bool Owns(const void* p) const noexcept;
+
     int GetBlockSize() const { return m_blockSize; }
+    std::size_t GetNodeSize() const { return m_nodeSize; }
 
   private:
     struct FreeNode {
         FreeNode* next;
     };
-    struct Block {
-        Block* next;
-    };
+    struct Block;
 
     void Grow();
 
     Block* m_blocks = nullptr;
     FreeNode* m_free = nullptr;
+    char* m_next = nullptr;  // fresh nodes of the newest block: [m_next, m_end)
+    char* m_end = nullptr;
     std::size_t m_nodeSize;
+    std::size_t m_nextBlockNodes;
     int m_blockSize;
 };

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string_view>
+#include <utility>
 
 #include "platform/cstring.h"
 #include "platform/oledatetime.h"
@@ -21,6 +22,10 @@ class CZmfString {
     }
     CZmfString& operator=(const CString& text) {
         m_value = text;
+        return *this;
+    }
+    CZmfString& operator=(CString&& text) {
+        m_value = std::move(text);
         return *this;
     }
     // Reuses the storage the field already owns when it is large enough, which

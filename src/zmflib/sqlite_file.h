@@ -23,6 +23,8 @@ class CSqliteZmfFile final : public CZmfFile {
     ~CSqliteZmfFile() override;
 
     bool Verify() override;
+    void BeginBulkRead() override;
+    void EndBulkRead() override;
 
     // Backend internals, used by its tables.
     sqlite3* Db() const { return m_db; }

@@ -74,6 +74,12 @@ class CZmfFile {
     // otherwise GetLastError() describes the damage.
     virtual bool Verify() { return true; }
 
+    // A bulk read (a whole-model load) reads every table once from start to end: a
+    // backend with a page cache may then keep only a small one, which it recycles
+    // instead of growing, and returns to its usual size when the read ends.
+    virtual void BeginBulkRead() {}
+    virtual void EndBulkRead() {}
+
     const std::string& GetPath() const { return m_path; }
     bool IsReadOnly() const { return m_readOnly; }
     const std::string& GetLastError() const { return m_lastError; }
