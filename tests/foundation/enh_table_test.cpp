@@ -1,5 +1,5 @@
 // The in-memory table pattern, on a storage-object table declared here the way the
-// product's tables are declared, with stand-in services that log every call.
+// product's tables are declared, with stand-in services.
 #include "foundation/enh_table.h"
 
 #include <gtest/gtest.h>
