@@ -1,7 +1,6 @@
 // Attachment types, valid attachment types and attachments: the meta-table folding,
 // placement in data dictionaries, the three deletes and their cascades counted row
-// by row, uniqueness, walks and the integrity check; the round trip of the six new
-// tables (with libraries, triggers and procedures).
+// by row, uniqueness, walks and the integrity check.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -10,13 +9,9 @@
 #include "model/model_check.h"
 #include "support/test_support.h"
 
-using tessmeta::CModelFile;
 using tessmeta::ECheckKind;
-using tessmeta::test::ReadAll;
 using tessmeta::test::SDictFixture;
 using tessmeta::test::Store;
-using tessmeta::test::StoredRows;
-using tessmeta::test::TempDir;
 
 namespace {
 
@@ -149,52 +144,6 @@ TEST(Attachments, DeletesCascadeRowByRow) {
     EXPECT_FALSE(f.dict.DeleteAttachmentType(type));
     ASSERT_TRUE(f.model->Save());
     EXPECT_EQ(tessmeta::CheckModelFile(f.model->GetFile()).ErrorCount(), 0u);
-}
-
-TEST(Attachments, SixTablesSurviveSaveAndReopen) {
-    TempDir dir;
-    const std::string path = dir.File("attachments.zmf");
-    const std::initializer_list<const char*> tables = {
-        "Attachment_Type",    "Valid_Attachment_Type",  "Attachment",
-        "Dictionary_Library", "Dictionary_Trigger",     "Reusable_Procedure",
-        "Dictionary_Object",  "Bound_Dictionary_Object"};
-    std::vector<std::string> before;
-    DWORD type = 0, first = 0;
-    {
-        auto model = CModelFile::Create(path, nullptr);
-        CDictObjectMgr& dict = model->GetDictObjectMgr();
-        const DWORD main = dict.GetDiagramSpecificData_Dictionary_ID();
-        CString n("Owner"), d("Who"), none, v("team");
-        DWORD item = 0;
-        type = dict.InsertAttachmentType(n, d, 4, main, item, FALSE);
-        dict.InsertValidAttachmentType(type, 17, 1, 2, item, FALSE);
-        for (const char* name : {"x", "y", "z"}) {
-            CString an(name);
-            const DWORD key = dict.InsertAttachment(type, an, none, v, 3, item, FALSE);
-            if (!first) first = key;
-            model->GetRefObjectMgr().InsertBoundDictObject(item, 8, 50, "");
-        }
-        CString lines("line 1\r\nline 2\r\n");
-        dict.InsertLibrary(n, d, 1, lines, main, item, FALSE);
-        dict.InsertTrigger(n, d, 1, 2, 6, lines, 4, main, item, FALSE);
-        dict.InsertProcedure(n, d, lines, 9, main, item, FALSE);
-        ASSERT_TRUE(model->Save());
-        before = StoredRows(model->GetFile(), tables);
-    }
-    auto model = CModelFile::Open(path, nullptr);
-    ASSERT_TRUE(model);
-    CDictObjectMgr& dict = model->GetDictObjectMgr();
-    CString name, description;
-    int integerField = 0;
-    ASSERT_TRUE(dict.GetAttachmentTypeData(type, name, description, integerField));
-    EXPECT_EQ(name + "/" + description, CString("Owner/Who"));
-    EXPECT_EQ(integerField, 4);
-    EXPECT_EQ(dict.GetFirstAttachmentFKRow(type)->Attachment_ID, first);  // filed at first use
-    EXPECT_TRUE(dict.IsAttachmentValidForType(first, 8));
-    ASSERT_TRUE(model->Save());
-    EXPECT_EQ(StoredRows(model->GetFile(), tables), before);
-    EXPECT_TRUE(dict.DeleteAttachmentType(type));
-    EXPECT_EQ(model->GetRefObjectMgr().GetBoundDictObjectTable()->GetCount(), 0);
 }
 
 TEST(Attachments, CheckReportsBrokenTypesAndBindings) {

@@ -235,7 +235,7 @@ TEST(DictObjectMgr, EveryTableSurvivesSaveAndReopen) {
     TempDir dir;
     const std::string path = dir.File("dict.zmf");
     std::vector<std::string> before;
-    DWORD range = 0, item = 0;
+    DWORD range = 0, item = 0, type = 0, first = 0;
     {
         auto model = CModelFile::Create(path, nullptr);
         CDictObjectMgr& dict = model->GetDictObjectMgr();
@@ -246,6 +246,17 @@ TEST(DictObjectMgr, EveryTableSurvivesSaveAndReopen) {
         dict.InsertDefault(sales, 0);
         model->GetRefObjectMgr().InsertBoundDictObject(item, 8, 3, "over");
         model->GetRefObjectMgr().InsertReferencedObject(2, 3, 4);
+        CString owner("Owner"), who("Who"), none, lines("line 1\r\nline 2\r\n");
+        type = dict.InsertAttachmentType(owner, who, 4, sales, item, FALSE);
+        dict.InsertValidAttachmentType(type, 17, 1, 2, item, FALSE);
+        for (CString an : {"x", "y", "z"}) {
+            const DWORD key = dict.InsertAttachment(type, an, none, d, 3, item, FALSE);
+            if (!first) first = key;
+            model->GetRefObjectMgr().InsertBoundDictObject(item, 8, 50, "");
+        }
+        dict.InsertLibrary(owner, who, 1, lines, sales, item, FALSE);
+        dict.InsertTrigger(owner, who, 1, 2, 6, lines, 4, sales, item, FALSE);
+        dict.InsertProcedure(owner, who, lines, 9, sales, item, FALSE);
         ASSERT_TRUE(model->Save());
         before = StoredRows(model->GetFile(), tessmeta::test::kDictionaryTables);
     }
@@ -259,6 +270,12 @@ TEST(DictObjectMgr, EveryTableSurvivesSaveAndReopen) {
     EXPECT_TRUE(notBetween && isRange);
     EXPECT_EQ(dict.GetRefValueRow(CString("RANGE"), dict.GetData_Dictionary_ID(item)),
               dict.GetRefValueRow(range));
+    int integerField = 0;
+    ASSERT_TRUE(dict.GetAttachmentTypeData(type, n, d, integerField));
+    EXPECT_EQ(n + "/" + d, CString("Owner/Who"));
+    EXPECT_EQ(integerField, 4);
+    EXPECT_EQ(dict.GetFirstAttachmentFKRow(type)->Attachment_ID, first);  // filed at first use
+    EXPECT_TRUE(dict.IsAttachmentValidForType(first, 8));
     ASSERT_TRUE(model->Save());
     EXPECT_EQ(StoredRows(model->GetFile(), tessmeta::test::kDictionaryTables), before);
     EXPECT_EQ(tessmeta::CheckModelFile(model->GetFile()).ErrorCount(), 0u);

@@ -64,7 +64,10 @@ inline std::vector<std::string> StoredRows(CZmfFile& file,
 }
 
 inline constexpr std::initializer_list<const char*> kDictionaryTables = {
-    "Data_Dictionary",        "Dictionary_Object_Type",  "Dictionary_Object", "Reference_Value",
-    "Dictionary_Object_Link", "Bound_Dictionary_Object", "Referenced_Object"};
+    "Data_Dictionary",   "Dictionary_Object_Type", "Dictionary_Object",
+    "Reference_Value",   "Dictionary_Object_Link", "Bound_Dictionary_Object",
+    "Referenced_Object", "Attachment_Type",        "Valid_Attachment_Type",
+    "Attachment",        "Dictionary_Library",     "Dictionary_Trigger",
+    "Reusable_Procedure"};
 
 }  // namespace tessmeta::test

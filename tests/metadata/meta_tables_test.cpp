@@ -136,6 +136,13 @@ TEST(MetaClassMember, LoadDropsRowlessMembersAndRenumbersRepeatedObjects) {
               (std::vector<std::pair<ULONG, ULONG>>{{1, 100}, {4, created}}));
     EXPECT_EQ(Walk(*members, 6, 10), (std::vector<std::pair<ULONG, ULONG>>{{3, renumbered}}));
     EXPECT_TRUE(Walk(*members, 10, 5).empty());
+    {  // without identity the repeated object becomes 0, and inserts get none
+        CEnhMetaClassMemberTbl bare(file.get(), nullptr);
+        bare.Init(0);
+        EXPECT_EQ(bare.GetCount(), 4);
+        EXPECT_EQ(bare.GetRow(3)->Global_User_ID, 0u);
+        EXPECT_EQ(bare.GetRow(bare.Insert(5, "View", 12, nullptr, 9))->Global_User_ID, 0u);
+    }
 
     // The dropped rows are not written back; the next load repairs nothing.
     ASSERT_EQ(members->Save(file.get()), 1);
@@ -149,20 +156,6 @@ TEST(MetaClassMember, LoadDropsRowlessMembersAndRenumbersRepeatedObjects) {
     again->Init(0);
     EXPECT_EQ(guids.GetUniqueObjCount(), objects);
     EXPECT_EQ(again->GetRow(3)->Global_User_ID, renumbered);
-}
-
-TEST(MetaClassMember, WithoutIdentityRepeatedObjectsBecomeZero) {
-    TempDir dir;
-    const std::string path = WriteMemberFile(
-        dir,
-        {StoredMember(1, 5, 10, 100), StoredMember(2, 5, 0, 101), StoredMember(3, 5, 10, 100)});
-    auto file = CZmfFile::Open(path);
-    CEnhMetaClassMemberTbl members(file.get(), nullptr);
-    members.Init(0);
-    EXPECT_EQ(members.GetCount(), 2);
-    EXPECT_EQ(members.GetRow(3)->Global_User_ID, 0u);
-    EXPECT_EQ(members.Insert(5, "View", 12, nullptr, 9), 4u);
-    EXPECT_EQ(members.GetRow(4)->Global_User_ID, 0u);
 }
 
 TEST(MetaClassMember, InsertAndDeleteManageTheMemberObject) {

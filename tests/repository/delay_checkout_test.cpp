@@ -56,32 +56,25 @@ TEST(DelayCheckout, OneRequestPerObjectAndKeysNeverRepeat) {
     EXPECT_EQ(table.Insert(100, 2, 0), b + 2);
 }
 
-TEST(DelayCheckout, LaterRowsOfAnObjectWinAtLoad) {
-    // Two stored requests of one object: both stay, the later one is found.
-    auto file = CZmfFile::OpenMemory();
-    ASSERT_TRUE(Store(*file, "Delayed_Checkout",
-                      std::vector{Request(4, 50, 1), Request(9, 50, 2), Request(0, 60, 3)}));
-    CEnhDelayCheckoutTable table(file.get(), nullptr);
-    table.Init(0);
-    EXPECT_EQ(table.GetRowCount(), 3);
-    EXPECT_EQ(table.GetFKRow(50)->Delayed_Checkout_ID, 9u);
-    EXPECT_EQ(table.GetFKRow(60)->Delayed_Checkout_ID, 10u);  // a stored key 0 gets a new one
-    EXPECT_EQ(table.Insert(50, 7, 0), 9u);
-}
-
 TEST(DelayCheckout, SaveWritesEveryColumnBackInOrder) {
     TempDir dir;
     const std::string path = dir.File("checkout.zmf");
     {
         auto file = CZmfFile::Create(path);
-        ASSERT_TRUE(
-            Store(*file, "Delayed_Checkout", std::vector{Request(3, 30, 1), Request(5, 50, 2)}));
+        ASSERT_TRUE(Store(*file, "Delayed_Checkout",
+                          std::vector{Request(3, 30, 1), Request(4, 50, 1), Request(5, 50, 2),
+                                      Request(0, 60, 3)}));
     }
     {
         auto file = CZmfFile::Open(path);
         CEnhDelayCheckoutTable table(file.get(), nullptr);
         table.Init(0);
-        EXPECT_EQ(table.Insert(70, 8, 0), 6u);
+        // Two requests of one object both stay, the later one is found; a key 0 gets a new one.
+        EXPECT_EQ(table.GetRowCount(), 4);
+        EXPECT_EQ(table.GetFKRow(50)->Delayed_Checkout_ID, 5u);
+        EXPECT_EQ(table.GetFKRow(60)->Delayed_Checkout_ID, 6u);
+        EXPECT_EQ(table.Insert(50, 7, 0), 5u);
+        EXPECT_EQ(table.Insert(70, 8, 0), 7u);
         table.DeleteFKRow(30);
         EXPECT_EQ(table.Save(file.get()), 1);
         file->ReleaseTable(table.GetTablePtrAddr(), 0);
@@ -89,13 +82,13 @@ TEST(DelayCheckout, SaveWritesEveryColumnBackInOrder) {
     }
     auto file = CZmfFile::Open(path);
     const auto rows = ReadAll<CDelayed_CheckoutBase>(*file, "Delayed_Checkout");
-    ASSERT_EQ(rows.size(), 2u);
+    ASSERT_EQ(rows.size(), 4u);
     const CDelayed_CheckoutBase kept = Request(5, 50, 2);
-    EXPECT_EQ(tessmeta::test::RowText(CDelayed_CheckoutBase::Desc(), rows[0]),
+    EXPECT_EQ(tessmeta::test::RowText(CDelayed_CheckoutBase::Desc(), rows[1]),
               tessmeta::test::RowText(CDelayed_CheckoutBase::Desc(), kept));
-    EXPECT_EQ(rows[1].Object_ID, 70u);
-    EXPECT_EQ(rows[1].Request_Value, 8u);
-    EXPECT_EQ(rows[1].Reserved_1 + rows[1].Reserved_4, 0u);
+    EXPECT_EQ(rows[3].Object_ID, 70u);
+    EXPECT_EQ(rows[3].Request_Value, 8u);
+    EXPECT_EQ(rows[3].Reserved_1 + rows[3].Reserved_4, 0u);
 }
 
 }  // namespace
