@@ -112,10 +112,12 @@ TEST(AutoLayout, APartialFileGainsTheMissingNamesAndKeepsThemAcrossSaves) {
     }
 }
 
-TEST(AutoLayout, UpdatingAParameterTwiceLeavesOneRowWithTheSecondValue) {
+// Updates, and the tables GetTablePtr hands out (1 and 94, only while held).
+TEST(AutoLayout, UpdatesKeepOneRowPerParameterAndTheTablesAreHandedOut) {
     auto file = CZmfFile::OpenMemory();
     CAutoLayoutDataMgr mgr(file.get(), nullptr);
     mgr.Init();
+    EXPECT_EQ(mgr.GetTablePtr(1), nullptr);  // given back at load
     const ULONG force = AlgorithmId(mgr, "Force"), layered = AlgorithmId(mgr, "Layered");
     EXPECT_EQ(std::vector<ULONG>({force, layered, AlgorithmId(mgr, "Circle"),
                                   AlgorithmId(mgr, "Random"), AlgorithmId(mgr, "force")}),
@@ -147,6 +149,16 @@ TEST(AutoLayout, UpdatingAParameterTwiceLeavesOneRowWithTheSecondValue) {
     EXPECT_EQ(mgr.UpdateSubmodelAlgorithmProperty(9, 99, "FORCE_FLAGS", "Integer", "1"), 0);
     EXPECT_EQ(mgr.GetSubmodelAlgorithmTable().GetCount(), 3);
     EXPECT_EQ(mgr.GetAlgorithmPropertyTable().GetCount(), 5);
+
+    mgr.Save(file.get());
+    ASSERT_NE(mgr.GetTablePtr(1), nullptr);
+    EXPECT_STREQ(mgr.GetTablePtr(1)->GetName(), "Algorithm_Property");
+    ASSERT_NE(mgr.GetTablePtr(94), nullptr);
+    EXPECT_STREQ(mgr.GetTablePtr(94)->GetName(), "Submodel_Algorithm");
+    EXPECT_EQ(mgr.GetTablePtr(2), nullptr);
+    mgr.ReleaseStorageTables(0);
+    EXPECT_EQ(mgr.GetTablePtr(1), nullptr);
+    EXPECT_EQ(mgr.GetTablePtr(94), nullptr);
 }
 
 // Removal against a reference: which submodels keep settings after each step.
@@ -198,22 +210,6 @@ TEST(AutoLayout, DeletingSubmodelsAndDeadRowsKeepsOnlyTheLiveSettings) {
     EXPECT_EQ(mgr.GetAlgorithmPropertyTable().GetCount(), 0);
     EXPECT_EQ(mgr.GetSubmodelAlgorithmTable().GetCount(), 0);
     EXPECT_EQ(mgr.GetLayoutPropertyNameTable().GetCount(), 55);  // constants stay
-}
-
-TEST(AutoLayout, GetTablePtrAnswersOnlyFor1And94WhileTheTablesAreHeld) {
-    auto file = CZmfFile::OpenMemory();
-    CAutoLayoutDataMgr mgr(file.get(), nullptr);
-    mgr.Init();
-    EXPECT_EQ(mgr.GetTablePtr(1), nullptr);  // given back at load
-    mgr.Save(file.get());
-    ASSERT_NE(mgr.GetTablePtr(1), nullptr);
-    EXPECT_STREQ(mgr.GetTablePtr(1)->GetName(), "Algorithm_Property");
-    ASSERT_NE(mgr.GetTablePtr(94), nullptr);
-    EXPECT_STREQ(mgr.GetTablePtr(94)->GetName(), "Submodel_Algorithm");
-    EXPECT_EQ(mgr.GetTablePtr(2), nullptr);
-    mgr.ReleaseStorageTables(0);
-    EXPECT_EQ(mgr.GetTablePtr(1), nullptr);
-    EXPECT_EQ(mgr.GetTablePtr(94), nullptr);
 }
 
 // Through the model: a new model file holds the constant tables; settings survive

@@ -152,7 +152,8 @@ TEST_F(CommandTest, LayoutPrintsTheSettingsOfOneOrEverySubmodel) {
     EXPECT_EQ(Run("layout " + dir.File("missing.zmf")).status, 2);
 }
 
-TEST_F(CommandTest, RepoListsWhatAnExchangeWouldCarry) {
+// repo: what an exchange would carry; props: an object's properties and overrides.
+TEST_F(CommandTest, RepoAndPropsListWhatTheDemoHolds) {
     const std::string demo = Demo();
     const std::string modified =
         SqlValue(demo, "SELECT Object_ID FROM ObjectModification WHERE Modification_Kind = 2");
@@ -165,10 +166,7 @@ TEST_F(CommandTest, RepoListsWhatAnExchangeWouldCarry) {
                "pending check-outs (1):", modified + " ", guid});
     EXPECT_EQ(Run("repo " + dir.File("missing.zmf")).status, 2);
     EXPECT_NE(Run("info " + demo).out.find(CountLine("pending check-outs", 1)), std::string::npos);
-}
 
-TEST_F(CommandTest, PropsListsAnObjectsPropertiesAndOverrides) {
-    const std::string demo = Demo();
     const std::string entity = SqlValue(demo, "SELECT TableRow_ID FROM MetaClass_Member");
     const SRun run = Run("props " + demo + " " + entity);
     ASSERT_EQ(run.status, 0) << run.err;
