@@ -65,27 +65,8 @@ TEST_F(CommandTest, NewDemoAndInfo) {
                                         "DIAGRAM", "(model domain)", "Entity Name"});
 }
 
-TEST_F(CommandTest, DumpResolvesStringsInTextAndJson) {
-    const std::string demo = Demo();
-    SRun text = Run("dump " + demo + " --table StringUsage");
-    ASSERT_EQ(text.status, 0) << text.err;
-    ExpectAll(text.out, {"== StringUsage", ":\"CUSTOMER\""});
-    EXPECT_EQ(text.out.find("== UniqueObject"), std::string::npos);
-
-    SRun json = Run("dump " + demo + " --format json");
-    ASSERT_EQ(json.status, 0) << json.err;
-    const auto doc = nlohmann::json::parse(json.out);
-    EXPECT_EQ(doc["format_version"], 530);
-    const auto& objects = doc["tables"]["UniqueObject"];
-    ASSERT_EQ(objects.size(), std::stoul(SqlValue(demo, "SELECT count(*) FROM UniqueObject")));
-    EXPECT_EQ(objects[0]["Object_GUID"].get<std::string>().size(), 32u);
-    bool resolved = false;
-    for (const auto& usage : doc["tables"]["StringUsage"])
-        resolved |= usage["String_ID"]["text"] == "ORDER";
-    EXPECT_TRUE(resolved);
-}
-
-TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
+// What the reading commands print about the demo: check, dump, layout, repo, props.
+TEST_F(CommandTest, ReadingCommandsOnTheDemo) {
     const std::string demo = Demo();
     SRun clean = Run("check " + demo);
     EXPECT_EQ(clean.status, 0) << clean.out;
@@ -124,14 +105,28 @@ TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
     const std::string unused = dir.File("unused.zmf");
     std::filesystem::copy_file(demo, unused);
     Sql(unused, "INSERT INTO SmallString VALUES (500, 'nobody uses me', 0)");
-    const SRun run = Run("check " + unused);
-    EXPECT_EQ(run.status, 0);
-    EXPECT_NE(run.out.find("purgeable-string: SmallString: string 500 has no usage"),
+    const SRun unusedRun = Run("check " + unused);
+    EXPECT_EQ(unusedRun.status, 0);
+    EXPECT_NE(unusedRun.out.find("purgeable-string: SmallString: string 500 has no usage"),
               std::string::npos);
-}
 
-TEST_F(CommandTest, LayoutPrintsTheSettingsOfOneOrEverySubmodel) {
-    const std::string demo = Demo();
+    SRun text = Run("dump " + demo + " --table StringUsage");
+    ASSERT_EQ(text.status, 0) << text.err;
+    ExpectAll(text.out, {"== StringUsage", ":\"CUSTOMER\""});
+    EXPECT_EQ(text.out.find("== UniqueObject"), std::string::npos);
+
+    SRun json = Run("dump " + demo + " --format json");
+    ASSERT_EQ(json.status, 0) << json.err;
+    const auto doc = nlohmann::json::parse(json.out);
+    EXPECT_EQ(doc["format_version"], 530);
+    const auto& objects = doc["tables"]["UniqueObject"];
+    ASSERT_EQ(objects.size(), std::stoul(SqlValue(demo, "SELECT count(*) FROM UniqueObject")));
+    EXPECT_EQ(objects[0]["Object_GUID"].get<std::string>().size(), 32u);
+    bool resolved = false;
+    for (const auto& usage : doc["tables"]["StringUsage"])
+        resolved |= usage["String_ID"]["text"] == "ORDER";
+    EXPECT_TRUE(resolved);
+
     const SRun all = Run("layout " + demo);
     ASSERT_EQ(all.status, 0) << all.err;
     const std::string submodel =
@@ -150,11 +145,8 @@ TEST_F(CommandTest, LayoutPrintsTheSettingsOfOneOrEverySubmodel) {
     EXPECT_TRUE(OneLine(none.err)) << none.err;
     EXPECT_EQ(Run("layout " + demo + " --submodel 0").status, 2);
     EXPECT_EQ(Run("layout " + dir.File("missing.zmf")).status, 2);
-}
 
-// repo: what an exchange would carry; props: an object's properties and overrides.
-TEST_F(CommandTest, RepoAndPropsListWhatTheDemoHolds) {
-    const std::string demo = Demo();
+    // repo: what an exchange would carry.
     const std::string modified =
         SqlValue(demo, "SELECT Object_ID FROM ObjectModification WHERE Modification_Kind = 2");
     const std::string guid =

@@ -25,7 +25,7 @@ using tessmeta::test::TempDir;
 
 namespace {
 
-TEST(SqliteFile, BadInputGivesAnErrorNamingTheFileAndCause) {
+TEST(SqliteFile, BadInputAndReadOnlyFilesGiveErrorsNamingTheFileAndCause) {
     TempDir dir;
     const std::string missing = dir.File("missing.zmf");
     EXPECT_EQ(OpenError(missing), missing + ": cannot open: no such file");
@@ -52,6 +52,25 @@ TEST(SqliteFile, BadInputGivesAnErrorNamingTheFileAndCause) {
     ASSERT_EQ(Sql(noColumn, "ALTER TABLE \"UniqueObject\" DROP COLUMN \"Model_ID\""), "");
     EXPECT_EQ(OpenError(noColumn),
               noColumn + ": damaged: table \"UniqueObject\" has no column \"Model_ID\"");
+
+    // Saving to a read-only file fails cleanly; the file still loads.
+    const std::string readOnly = dir.File("ro.zmf");
+    {
+        auto created = CZmfFile::Create(readOnly);
+        SaveObjects(*created, 5, 0);
+    }
+    ASSERT_EQ(::chmod(readOnly.c_str(), 0444), 0);
+    auto roFile = OpenOk(readOnly);
+    ASSERT_TRUE(roFile);
+    EXPECT_TRUE(roFile->IsReadOnly());
+    EXPECT_EQ(roFile->GetTable("UniqueObject")->GetCount(), 5u);  // it still loads
+    EXPECT_EQ(roFile->GetEmptyTable("UniqueObject"), nullptr);
+    EXPECT_EQ(roFile->GetLastError(), readOnly + ": cannot save: the file is read-only");
+    roFile->SetFormatVersion(500);
+    EXPECT_FALSE(roFile->Commit());
+    roFile.reset();
+    ::chmod(readOnly.c_str(), 0644);
+    ExpectObjects(readOnly, 5, 0);
 }
 
 TEST(SqliteFile, TruncatedAndCorruptedFilesNeverCrash) {
@@ -97,27 +116,6 @@ TEST(SqliteFile, TruncatedAndCorruptedFilesNeverCrash) {
     } else {
         EXPECT_NE(error.find(corrupted + ": "), std::string::npos);
     }
-}
-
-TEST(SqliteFile, SavingToAReadOnlyFileFailsCleanly) {
-    TempDir dir;
-    const std::string path = dir.File("ro.zmf");
-    {
-        auto file = CZmfFile::Create(path);
-        SaveObjects(*file, 5, 0);
-    }
-    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
-    auto file = OpenOk(path);
-    ASSERT_TRUE(file);
-    EXPECT_TRUE(file->IsReadOnly());
-    EXPECT_EQ(file->GetTable("UniqueObject")->GetCount(), 5u);  // it still loads
-    EXPECT_EQ(file->GetEmptyTable("UniqueObject"), nullptr);
-    EXPECT_EQ(file->GetLastError(), path + ": cannot save: the file is read-only");
-    file->SetFormatVersion(500);
-    EXPECT_FALSE(file->Commit());
-    file.reset();
-    ::chmod(path.c_str(), 0644);
-    ExpectObjects(path, 5, 0);
 }
 
 }  // namespace
