@@ -176,7 +176,7 @@ TEST_F(CommandTest, ReadingCommandsOnTheDemo) {
     EXPECT_EQ(Run("props " + dir.File("missing.zmf") + " 1").status, 2);
 }
 
-TEST_F(CommandTest, PurgeDropsUnusedStringsAndSaysWhich) {
+TEST_F(CommandTest, PurgeAndUpgradeRewriteTheDemo) {
     const std::string demo = Demo();
     const std::string large = SqlValue(demo, "SELECT count(*) FROM LargeString");
     Sql(demo,
@@ -192,10 +192,8 @@ TEST_F(CommandTest, PurgeDropsUnusedStringsAndSaysWhich) {
     EXPECT_EQ(SqlValue(demo, "SELECT count(*) FROM SmallString WHERE String_ID = 500"), "0");
     EXPECT_EQ(SqlValue(demo, "SELECT count(*) FROM LargeString"), large);  // the demo's own
     EXPECT_NE(Run("check " + demo).out.find("0 strings a purge would drop"), std::string::npos);
-}
 
-TEST_F(CommandTest, UpgradeOlderVersions) {
-    const std::string demo = Demo();
+    // upgrade: older versions, to a new file or in place.
     const std::string guid =
         SqlValue(demo, "SELECT Object_GUID FROM UniqueObject WHERE Unique_Object_ID = 4");
     for (int version : {499, 500, 502}) {
