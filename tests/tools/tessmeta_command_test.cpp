@@ -45,7 +45,9 @@ class CommandTest : public ::testing::Test {
     TempDir dir;
 };
 
-TEST_F(CommandTest, NewDemoAndInfo) {
+// new, demo, and what the reading commands print about the demo: info, check, dump,
+// layout, repo, props.
+TEST_F(CommandTest, NewDemoAndTheReadingCommands) {
     const std::string fresh = dir.File("new.zmf");
     ASSERT_EQ(Run("new " + fresh).status, 0);
     SRun info = Run("info " + fresh);
@@ -63,11 +65,7 @@ TEST_F(CommandTest, NewDemoAndInfo) {
     ExpectAll(Run("demo " + demo).out, {"verified: saved, reopened and identical"});
     ExpectAll(Run("info " + demo).out, {CountLine("Entity", 2), CountLine("Attribute", 2),
                                         "DIAGRAM", "(model domain)", "Entity Name"});
-}
 
-// What the reading commands print about the demo: check, dump, layout, repo, props.
-TEST_F(CommandTest, ReadingCommandsOnTheDemo) {
-    const std::string demo = Demo();
     SRun clean = Run("check " + demo);
     EXPECT_EQ(clean.status, 0) << clean.out;
     EXPECT_NE(clean.out.find("0 problems"), std::string::npos);
@@ -176,7 +174,7 @@ TEST_F(CommandTest, ReadingCommandsOnTheDemo) {
     EXPECT_EQ(Run("props " + dir.File("missing.zmf") + " 1").status, 2);
 }
 
-TEST_F(CommandTest, PurgeAndUpgradeRewriteTheDemo) {
+TEST_F(CommandTest, PurgeUpgradeAndBadInputOnTheDemo) {
     const std::string demo = Demo();
     const std::string large = SqlValue(demo, "SELECT count(*) FROM LargeString");
     Sql(demo,
@@ -221,23 +219,11 @@ TEST_F(CommandTest, PurgeAndUpgradeRewriteTheDemo) {
     Sql(demo, "UPDATE zmf_meta SET value = 510 WHERE key = 'format_version'");
     ASSERT_EQ(Run("upgrade " + demo).status, 0);
     EXPECT_EQ(SqlValue(demo, "SELECT value FROM zmf_meta WHERE key='format_version'"), "530");
-}
 
-TEST_F(CommandTest, GenBuildsASoundModel) {
-    const std::string path = dir.File("gen.zmf");
-    const SRun run = Run("gen " + path + " --objects 3000 --seed 7");
-    ASSERT_EQ(run.status, 0) << run.err;
-    ExpectAll(run.out, {"3000 objects"});
-    EXPECT_EQ(SqlValue(path, "SELECT count(*) FROM UniqueObject"), "3000");
-    EXPECT_EQ(Run("check " + path).status, 0);
-    EXPECT_EQ(Run("gen " + dir.File("bad.zmf") + " --objects 1").status, 2);
-}
-
-TEST_F(CommandTest, BadInputGivesOneLineAndStatusTwo) {
+    // Bad input: one line and status 2, nothing written.
     const std::string missing = dir.File("missing.zmf");
     const std::string text = dir.File("text.zmf");
     std::ofstream(text) << "this is not a model file\n";
-    const std::string demo = Demo();
     const std::string truncated = dir.File("truncated.zmf");
     std::filesystem::copy_file(demo, truncated);
     std::filesystem::resize_file(truncated, std::filesystem::file_size(demo) - 1000);
@@ -263,6 +249,16 @@ TEST_F(CommandTest, BadInputGivesOneLineAndStatusTwo) {
     EXPECT_EQ(ReadText(text), "this is not a model file\n");  // nothing written
     EXPECT_FALSE(std::filesystem::exists(dir.File("g.zmf")));
     EXPECT_EQ(Run("info --help").status, 0);
+}
+
+TEST_F(CommandTest, GenBuildsASoundModel) {
+    const std::string path = dir.File("gen.zmf");
+    const SRun run = Run("gen " + path + " --objects 3000 --seed 7");
+    ASSERT_EQ(run.status, 0) << run.err;
+    ExpectAll(run.out, {"3000 objects"});
+    EXPECT_EQ(SqlValue(path, "SELECT count(*) FROM UniqueObject"), "3000");
+    EXPECT_EQ(Run("check " + path).status, 0);
+    EXPECT_EQ(Run("gen " + dir.File("bad.zmf") + " --objects 1").status, 2);
 }
 
 // The system items of a platform come from the templates beside the command; a
