@@ -40,26 +40,7 @@ struct SAttachmentFixture : SDictFixture {
     int Registry() { return dict.GetDictObjectCountIn(main); }
 };
 
-TEST(Attachments, MetaTablesSixteenToTwentyFoldIntoEight) {
-    const struct {
-        int in, out;
-    } cases[] = {{15, 15}, {16, 8}, {18, 8}, {20, 8}, {21, 21}, {8, 8}, {0, 0}, {-16, -16}};
-    for (const auto& c : cases)
-        EXPECT_EQ(CDictObjectMgr::ValidAttTypeToBoundDictObjMetaTableID(c.in), c.out) << c.in;
-
-    SAttachmentFixture f;
-    const DWORD type = f.Type("Owner", f.main);
-    const DWORD owner = f.Attachment(type, "DBA");
-    EXPECT_FALSE(f.dict.IsAttachmentValidForType(owner, 8));  // no valid types yet
-    f.Valid(type, 17);
-    f.Valid(type, 3);
-    EXPECT_TRUE(f.dict.IsAttachmentValidForType(owner, 8));
-    EXPECT_TRUE(f.dict.IsAttachmentValidForType(owner, 3));
-    EXPECT_FALSE(f.dict.IsAttachmentValidForType(owner, 17));  // bindings never use 16..20
-    EXPECT_FALSE(f.dict.IsAttachmentValidForType(9999, 8));
-}
-
-TEST(Attachments, ItemsGoIntoTheirTypesDataDictionary) {
+TEST(Attachments, ItemsGoIntoTheirTypesDataDictionaryAndMetaTablesFold) {
     SAttachmentFixture f;
     const DWORD sales = f.dict.CreateDataDictionary("Sales", "");
     DWORD typeItem = 0, attachmentItem = 0;
@@ -92,6 +73,23 @@ TEST(Attachments, ItemsGoIntoTheirTypesDataDictionary) {
     CString upper("OWNER");
     EXPECT_EQ(f.dict.GetAttachmentTypeByName(sales, upper), f.dict.GetAttachmentTypeRow(type));
     EXPECT_EQ(f.dict.GetAttachmentTypeByName(f.main, upper), nullptr);
+
+    // Valid types on meta tables 16 to 20 bind on meta table 8.
+    const struct {
+        int in, out;
+    } cases[] = {{15, 15}, {16, 8}, {18, 8}, {20, 8}, {21, 21}, {8, 8}, {0, 0}, {-16, -16}};
+    for (const auto& c : cases)
+        EXPECT_EQ(CDictObjectMgr::ValidAttTypeToBoundDictObjMetaTableID(c.in), c.out) << c.in;
+
+    const DWORD kindType = f.Type("Kind", f.main);
+    const DWORD owner = f.Attachment(kindType, "DBA");
+    EXPECT_FALSE(f.dict.IsAttachmentValidForType(owner, 8));  // no valid types yet
+    f.Valid(kindType, 17);
+    f.Valid(kindType, 3);
+    EXPECT_TRUE(f.dict.IsAttachmentValidForType(owner, 8));
+    EXPECT_TRUE(f.dict.IsAttachmentValidForType(owner, 3));
+    EXPECT_FALSE(f.dict.IsAttachmentValidForType(owner, 17));  // bindings never use 16..20
+    EXPECT_FALSE(f.dict.IsAttachmentValidForType(9999, 8));
 }
 
 TEST(Attachments, DeletesCascadeRowByRow) {

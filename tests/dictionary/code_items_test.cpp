@@ -78,8 +78,9 @@ TEST(CodeItems, LibrariesLiveInTheirDictionaryAndGoWithEverything) {
               0);
 }
 
-// Each defining field of a trigger, changed alone, makes the name taken.
-TEST(CodeItems, TriggersAreIdenticalOnlyInEveryDefiningField) {
+// Each defining field of a trigger, changed alone, makes the name taken; the
+// unique-name loops of triggers and procedures.
+TEST(CodeItems, TriggersAndProceduresAreIdenticalOnlyInEveryDefiningField) {
     SCodeFixture f;
     DWORD item = 0;
     const STrigger base;
@@ -114,28 +115,28 @@ TEST(CodeItems, TriggersAreIdenticalOnlyInEveryDefiningField) {
     EXPECT_EQ(name, CString("Audit_1"));
     EXPECT_TRUE(f.dict.DeleteTrigger(key));
     EXPECT_EQ(f.TriggerUnique("Audit", base, none), 0);
-}
 
-TEST(CodeItems, ProcedureNameLoop) {
-    SCodeFixture f;
-    DWORD item = 0;
+    // Procedures: the same loop for a unique name.
+    DWORD procItem = 0;
     CString proc("Stamp"), body("SET x = 1"), empty;
-    const DWORD key = f.dict.InsertProcedure(proc, empty, body, 5, f.main, item, FALSE);
-    CDictOverrideMap none;
-    EXPECT_EQ(f.dict.IsReusableProcUnique(proc, empty, body, 5, none, 0), static_cast<LONG>(key));
-    EXPECT_EQ(f.dict.IsReusableProcUnique(proc, empty, body, 6, none, 0), -1);
-    const DWORD binding = f.refs.InsertBoundDictObject(item, 8, 1, "");
-    EXPECT_EQ(f.dict.GetNameForUniqueReusableProc(proc, empty, body, 5, none, 0), 0);
+    const DWORD procKey = f.dict.InsertProcedure(proc, empty, body, 5, f.main, procItem, FALSE);
+    CDictOverrideMap procOverrides;
+    EXPECT_EQ(f.dict.IsReusableProcUnique(proc, empty, body, 5, procOverrides, 0),
+              static_cast<LONG>(procKey));
+    EXPECT_EQ(f.dict.IsReusableProcUnique(proc, empty, body, 6, procOverrides, 0), -1);
+    const DWORD binding = f.refs.InsertBoundDictObject(procItem, 8, 1, "");
+    EXPECT_EQ(f.dict.GetNameForUniqueReusableProc(proc, empty, body, 5, procOverrides, 0), 0);
     EXPECT_EQ(proc, CString("Stamp_1"));
-    none.SetAt(binding, "");
+    procOverrides.SetAt(binding, "");
     proc = "Stamp";
-    EXPECT_EQ(f.dict.IsReusableProcUnique(proc, empty, body, 5, none, 0), static_cast<LONG>(key));
+    EXPECT_EQ(f.dict.IsReusableProcUnique(proc, empty, body, 5, procOverrides, 0),
+              static_cast<LONG>(procKey));
     CString text2("SET x = 2");
-    EXPECT_TRUE(f.dict.UpdateProcedure(key, proc, empty, text2, 6));
+    EXPECT_TRUE(f.dict.UpdateProcedure(procKey, proc, empty, text2, 6));
     DWORD number = 0;
-    ASSERT_TRUE(f.dict.GetProcedureData(key, proc, empty, body, number));
+    ASSERT_TRUE(f.dict.GetProcedureData(procKey, proc, empty, body, number));
     EXPECT_EQ(body + "/" + CString(std::to_string(number).c_str()), CString("SET x = 2/6"));
-    EXPECT_TRUE(f.dict.DeleteProcedure(key));
+    EXPECT_TRUE(f.dict.DeleteProcedure(procKey));
     EXPECT_EQ(f.dict.GetProcedureCount(), 0);
 }
 

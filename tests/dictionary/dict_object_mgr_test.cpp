@@ -17,7 +17,7 @@ using tessmeta::test::TempDir;
 
 namespace {
 
-TEST(DictObjectMgr, KindsRegistryAndBoundObjects) {
+TEST(DictObjectMgr, KindsRegistryBoundObjectsAndDeletes) {
     SDictFixture f;
     EXPECT_EQ(f.dict.GetDictObjectTypeFromEnum(0), 0u);
     EXPECT_EQ(f.dict.GetDictObjectTypeFromEnum(13), 0u);
@@ -59,6 +59,36 @@ TEST(DictObjectMgr, KindsRegistryAndBoundObjects) {
     EXPECT_TRUE(f.dict.DeleteDictObj(d1));
     EXPECT_FALSE(f.dict.DeleteDictObj(d1));
     EXPECT_FALSE(f.dict.IsDictionaryObjectIDValid(d1));
+
+    // Deletes take the strings, the object and the registry row.
+    item = 0;
+    CString name("Range"), description("d"), value("v"), vd("vd"), lo("1"), hi("9");
+    const DWORD range = f.dict.InsertRefValue(name, description, value, vd, lo, hi, TRUE, TRUE,
+                                              f.main, item, FALSE);
+    const DWORD rangeId = f.dict.GetRefValueRow(range)->Global_User_ID;
+    const int nameUsage = f.names.GetReferenceValueNameUsageId();
+    EXPECT_NE(f.names.GetStringIdFromObjectAndUsageTypeIds(static_cast<int>(rangeId), nameUsage),
+              0);
+    f.refs.InsertBoundDictObject(item, 8, 1000, "");
+    EXPECT_TRUE(f.dict.DeleteRefValue(range));
+    EXPECT_FALSE(f.dict.DeleteRefValue(range));
+    EXPECT_FALSE(f.dict.IsDictionaryObjectIDValid(item));
+    EXPECT_FALSE(f.guids.IsUniqueObjectIdValid(static_cast<LONG>(rangeId)));
+    for (int usage = nameUsage; usage < nameUsage + 6; ++usage)
+        EXPECT_EQ(f.names.GetStringIdFromObjectAndUsageTypeIds(static_cast<int>(rangeId), usage),
+                  0);
+    // Bindings are the reference manager's to remove.
+    EXPECT_EQ(f.refs.GetBoundDictObjectTable()->DeleteAllDictObjectReferences(item), 1);
+    EXPECT_FALSE(f.dict.SetReferenceValueIsRange(range, TRUE));
+
+    // A data dictionary goes only when empty and not the diagram's own.
+    const DWORD sales = f.dict.CreateDataDictionary("Sales", "");
+    const DWORD inSales = f.RefValue("x", "1", sales);
+    EXPECT_FALSE(f.dict.DeleteDataDictionary(sales));
+    EXPECT_FALSE(f.dict.DeleteDataDictionary(f.main));
+    EXPECT_TRUE(f.dict.DeleteRefValue(inSales));
+    EXPECT_TRUE(f.dict.DeleteDataDictionary(sales));
+    EXPECT_EQ(f.dict.GetNumOfDataDictionary(), 1);
 }
 
 TEST(DictObjectMgr, WithoutKindsNothingIsCreatedAndTableIdsAreFixed) {
@@ -158,38 +188,6 @@ TEST(DictObjectMgr, UniquenessAgreesWithAWalkOverRandomEdits) {
         ASSERT_EQ(f.Unique(name, value, dd, true, nullptr, true), expected);
         ASSERT_EQ(name, looped);
     }
-}
-
-TEST(DictObjectMgr, DeletesTakeStringsObjectsAndRegistryRows) {
-    SDictFixture f;
-    DWORD item = 0;
-    CString name("Range"), description("d"), value("v"), vd("vd"), lo("1"), hi("9");
-    const DWORD key = f.dict.InsertRefValue(name, description, value, vd, lo, hi, TRUE, TRUE,
-                                            f.main, item, FALSE);
-    const DWORD globalId = f.dict.GetRefValueRow(key)->Global_User_ID;
-    const int nameUsage = f.names.GetReferenceValueNameUsageId();
-    EXPECT_NE(f.names.GetStringIdFromObjectAndUsageTypeIds(static_cast<int>(globalId), nameUsage),
-              0);
-    f.refs.InsertBoundDictObject(item, 8, 1000, "");
-    EXPECT_TRUE(f.dict.DeleteRefValue(key));
-    EXPECT_FALSE(f.dict.DeleteRefValue(key));
-    EXPECT_FALSE(f.dict.IsDictionaryObjectIDValid(item));
-    EXPECT_FALSE(f.guids.IsUniqueObjectIdValid(static_cast<LONG>(globalId)));
-    for (int usage = nameUsage; usage < nameUsage + 6; ++usage)
-        EXPECT_EQ(f.names.GetStringIdFromObjectAndUsageTypeIds(static_cast<int>(globalId), usage),
-                  0);
-    // Bindings are the reference manager's to remove.
-    EXPECT_EQ(f.refs.GetBoundDictObjectTable()->DeleteAllDictObjectReferences(item), 1);
-    EXPECT_FALSE(f.dict.SetReferenceValueIsRange(key, TRUE));
-
-    // A data dictionary goes only when empty and not the diagram's own.
-    const DWORD sales = f.dict.CreateDataDictionary("Sales", "");
-    const DWORD rv = f.RefValue("x", "1", sales);
-    EXPECT_FALSE(f.dict.DeleteDataDictionary(sales));
-    EXPECT_FALSE(f.dict.DeleteDataDictionary(f.main));
-    EXPECT_TRUE(f.dict.DeleteRefValue(rv));
-    EXPECT_TRUE(f.dict.DeleteDataDictionary(sales));
-    EXPECT_EQ(f.dict.GetNumOfDataDictionary(), 1);
 }
 
 TEST(DictObjectMgr, LinksFollowTheirParentsStoredLevel) {

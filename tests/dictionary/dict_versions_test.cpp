@@ -121,10 +121,8 @@ TEST(DictionaryVersions, EachVersionRunsItsUpgrades) {
         const auto report = tessmeta::CheckModelFile(model->GetFile());
         EXPECT_EQ(report.Count(tessmeta::ECheckKind::UsageWithoutObject), 0u);
     }
-}
 
-TEST(DictionaryVersions, OnlyTheOldestFilesGetADiagramSpecificDictionary) {
-    TempDir dir;
+    // Only the oldest files without any data dictionary get a diagram-specific one.
     const SOldModel bare = WriteOldModel(dir, false);
     auto v499 = OpenAs(dir, bare.path, 499);
     CDictObjectMgr& dict = v499->GetDictObjectMgr();

@@ -8,9 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "support/row_values.h"
 #include "support/test_support.h"
 #include "zmflib.h"
 
+using tessmeta::test::ReadAll;
+using tessmeta::test::RowText;
 using tessmeta::test::TempDir;
 
 namespace {
@@ -100,24 +103,11 @@ CStorage_ObjectBase StoredRow(ULONG key, ULONG model, ULONG uniqueId) {
     return row;
 }
 
-// Writes `rows` as the last save of Storage_Object; estimate < 0 leaves the figure
-// to the record store.
-void Store(CZmfFile& file, const std::vector<CStorage_ObjectBase>& rows, LONG estimate = -1) {
-    CTableBase* t = file.GetEmptyTable("Storage_Object");
-    ASSERT_NE(t, nullptr);
-    if (estimate >= 0) t->SetSizeEstimate(estimate);
-    for (const auto& row : rows)
-        ASSERT_EQ(t->Insert(&row), 1);
-    ASSERT_TRUE(file.Commit());
-}
-
-std::vector<std::vector<ULONG>> StoredColumns(CZmfFile& file) {
-    std::vector<std::vector<ULONG>> out;
-    CStorage_ObjectIterator it(file.GetTable("Storage_Object"));
-    CStorage_ObjectBase r;
-    while (it.GetNext(&r))
-        out.push_back({r.Storage_Object_ID, r.Model_ID, r.Name, r.Owner, r.Description, r.Value,
-                       r.Global_User_ID});
+// Every column of the stored rows of Storage_Object, in stored order.
+std::vector<std::string> StoredRows(CZmfFile& file) {
+    std::vector<std::string> out;
+    for (const auto& row : ReadAll<CStorage_ObjectBase>(file, "Storage_Object"))
+        out.push_back(RowText(row.Desc(), row));
     return out;
 }
 
@@ -145,8 +135,9 @@ std::unique_ptr<CTestStorageTable> Load(CZmfFile& file, unsigned int buckets = 0
 
 TEST(EnhTable, LoadGivesKeyZeroAFreshKeyAndKeepsDuplicateKeys) {
     auto file = CZmfFile::OpenMemory();
-    Store(*file,
-          {StoredRow(5, 1, 501), StoredRow(0, 1, 502), StoredRow(5, 2, 503), StoredRow(3, 2, 504)});
+    ASSERT_TRUE(tessmeta::test::Store(*file, "Storage_Object",
+                                      std::vector{StoredRow(5, 1, 501), StoredRow(0, 1, 502),
+                                                  StoredRow(5, 2, 503), StoredRow(3, 2, 504)}));
     auto table = Load(*file);
 
     EXPECT_EQ(static_cast<CTableBase*>(*table), nullptr);  // released after the load
@@ -163,10 +154,12 @@ TEST(EnhTable, LoadGivesKeyZeroAFreshKeyAndKeepsDuplicateKeys) {
 
     ASSERT_EQ(table->Save(file.get()), 1);
     EXPECT_EQ(static_cast<CTableBase*>(*table), file->GetTable("Storage_Object"));  // kept
-    auto stored = StoredColumns(*file);
+    auto renumbered = StoredRow(0, 1, 502);
+    renumbered.Storage_Object_ID = 6;
+    const auto stored = StoredRows(*file);
     ASSERT_EQ(stored.size(), 4u);
-    EXPECT_EQ(stored[1], (std::vector<ULONG>{6, 1, 1, 2, 3, 4, 502}));
-    EXPECT_EQ(stored[2][6], 503u);
+    EXPECT_EQ(stored[1], RowText(renumbered.Desc(), renumbered));
+    EXPECT_EQ(stored[2], RowText(renumbered.Desc(), StoredRow(5, 2, 503)));
 
     // A later insert with key 0 goes past every key loaded.
     EXPECT_EQ(table->Insert(3, 0u, 0u, 0u, 0u, 9, 0), 7u);
@@ -175,7 +168,7 @@ TEST(EnhTable, LoadGivesKeyZeroAFreshKeyAndKeepsDuplicateKeys) {
 TEST(EnhTable, RoundTripThroughAModelFile) {
     TempDir dir;
     const std::string path = dir.File("round.zmf");
-    std::vector<std::vector<ULONG>> saved;
+    std::vector<std::string> saved;
     {
         auto file = CZmfFile::Create(path);
         ASSERT_TRUE(file);
@@ -187,7 +180,7 @@ TEST(EnhTable, RoundTripThroughAModelFile) {
         ASSERT_EQ(table->Save(file.get()), 1);
         ASSERT_EQ(file->ReleaseTable(table->GetTablePtrAddr(), 0), 1);
         ASSERT_TRUE(file->Commit()) << file->GetLastError();
-        saved = StoredColumns(*file);
+        saved = StoredRows(*file);
     }
     ASSERT_EQ(saved.size(), 11u);
 
@@ -199,9 +192,7 @@ TEST(EnhTable, RoundTripThroughAModelFile) {
     size_t i = 0;
     for (POSITION pos = table->GetFirstRowPosition(); pos; ++i) {
         const auto* r = table->GetNextRow(pos);
-        EXPECT_EQ((std::vector<ULONG>{r->Storage_Object_ID, r->Model_ID, r->Name, r->Owner,
-                                      r->Description, r->Value, r->Global_User_ID}),
-                  saved[i]);
+        EXPECT_EQ(RowText(r->Desc(), *r), saved[i]);
         EXPECT_EQ(table->GetRow(r->Storage_Object_ID), r);
     }
     EXPECT_EQ(table->GetRow(5), nullptr);
@@ -214,7 +205,9 @@ TEST(EnhTable, RoundTripThroughAModelFile) {
 // must leave it as if it had been filed at load.
 TEST(EnhTable, ForeignKeyIndexFiledLateMatchesOneFiledAtLoad) {
     auto file = CZmfFile::OpenMemory();
-    Store(*file, {StoredRow(1, 7, 101), StoredRow(2, 8, 102), StoredRow(3, 7, 103)});
+    ASSERT_TRUE(tessmeta::test::Store(
+        *file, "Storage_Object",
+        std::vector{StoredRow(1, 7, 101), StoredRow(2, 8, 102), StoredRow(3, 7, 103)}));
     CFakeServices fake;
     auto table = Load(*file, 0, &fake, &fake);
     table->Insert(7, 0, 0, 0, 0, 104, 4);  // joins model 7 behind the loaded rows

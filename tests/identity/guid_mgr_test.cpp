@@ -39,24 +39,11 @@ std::vector<CUniqueObjectBase> TenObjects() {
     return rows;
 }
 
-std::unique_ptr<CGuidMgr> Load(CZmfFile& file, ULONG version = 530, int keepGuidMap = 1,
-                               unsigned int hashSize = 0) {
-    auto mgr = std::make_unique<CGuidMgr>(&file, keepGuidMap);
-    EXPECT_EQ(mgr->Init(hashSize, version), 1);
-    return mgr;
-}
-
 std::unique_ptr<CZmfFile> ModelWith(const std::vector<CUniqueObjectBase>& objects) {
     auto file = CZmfFile::OpenMemory();
     StoreDefinitions(*file, StandardDefinitions());
     StoreObjects(*file, objects);
     return file;
-}
-
-CString Guid(CGuidMgr& mgr, unsigned id) {
-    CString text;
-    mgr.GetObjectGUID(id, text);
-    return text;
 }
 
 TEST(GuidMgr, LoadByFileVersion) {
@@ -66,21 +53,21 @@ TEST(GuidMgr, LoadByFileVersion) {
     auto file = ModelWith(rows);
     for (ULONG version : {499u, 500u, 501u, 510u, 530u}) {
         SCOPED_TRACE(version);
-        auto mgr = Load(*file, version);
+        auto mgr = LoadGuids(*file, version);
         ASSERT_EQ(mgr->GetUniqueObjCount(), 10);
         EXPECT_FALSE(mgr->IsNilGUIDStored());
         if (version < 500) {
             // No GUIDs stored then: fresh ones, status New, creation time from the
             // modification date (local time, UTC here) where there was none.
             EXPECT_EQ(mgr->GetRepoStatus(7), 1u);
-            EXPECT_NE(Guid(*mgr, 1), GuidTextFor(1).c_str());
-            EXPECT_EQ(Guid(*mgr, 1).GetLength(), 32);
-            EXPECT_EQ(mgr->GetUniqueObjectID(Guid(*mgr, 1)), 1u);
+            EXPECT_NE(ObjectGuid(*mgr, 1), GuidTextFor(1).c_str());
+            EXPECT_EQ(ObjectGuid(*mgr, 1).GetLength(), 32);
+            EXPECT_EQ(mgr->GetUniqueObjectID(ObjectGuid(*mgr, 1)), 1u);
             EXPECT_EQ(mgr->GetUniqueObjectID(GuidTextFor(1).c_str()), 0u);
             EXPECT_EQ(mgr->GetUniqueObjectTable()->GetRow(1)->Creation_Time, 1577934245u);
         } else {
             EXPECT_EQ(mgr->GetRepoStatus(7), 0x109u);
-            EXPECT_EQ(Guid(*mgr, 1), GuidTextFor(1).c_str());
+            EXPECT_EQ(ObjectGuid(*mgr, 1), GuidTextFor(1).c_str());
             EXPECT_EQ(mgr->GetUniqueObjectTable()->GetRow(1)->Creation_Time, 0u);
         }
         EXPECT_EQ(mgr->GetUniqueObjectTable()->GetRow(2)->Creation_Time, 1600000002u);
@@ -92,9 +79,9 @@ TEST(GuidMgr, LoadByFileVersion) {
     rows[1].Object_GUID = "";
     rows[2].Version_GUID = "not a guid";
     StoreObjects(*file, rows);
-    auto mgr = Load(*file);
+    auto mgr = LoadGuids(*file);
     EXPECT_TRUE(mgr->IsNilGUIDStored());
-    EXPECT_EQ(Guid(*mgr, 2), "");
+    EXPECT_EQ(ObjectGuid(*mgr, 2), "");
     CString version("x");
     mgr->GetVersionGUID(3, version);
     EXPECT_EQ(version, "");
@@ -119,7 +106,7 @@ TEST(GuidMgr, RoundTripThroughAModelFile) {
     for (int pass = 0; pass < 2; ++pass) {
         auto file = CZmfFile::Open(path);
         ASSERT_NE(file, nullptr);
-        auto mgr = Load(*file);
+        auto mgr = LoadGuids(*file);
         ASSERT_EQ(mgr->Save(file.get(), nullptr, 0, 0), 1);
         mgr->ReleaseStorageTables(0);
         ASSERT_TRUE(file->Commit());
@@ -157,7 +144,7 @@ TEST(GuidMgr, SaveRepairsNilGuidsOnceAndRenewsIdentities) {
     auto file = ModelWith(rows);
     ASSERT_TRUE(Store(*file, "Object_Domain",
                       std::vector{StoredDomain(2, "Dict", "DATA DICTIONARY", "old")}));
-    auto mgr = Load(*file);
+    auto mgr = LoadGuids(*file);
     ASSERT_TRUE(mgr->IsNilGUIDStored());
 
     ASSERT_EQ(mgr->Save(file.get(), nullptr, 0, 0), 1);
@@ -200,7 +187,7 @@ TEST(GuidMgr, SaveAsksTheRepositoryAboutSharedObjectsAndKeepsThemAll) {
     maps.SetDomainObjectTypeId(kDomain);
     for (ULONG version : {499u, 500u, 501u, 510u, 530u}) {
         SCOPED_TRACE(version);
-        auto mgr = Load(*file, version);
+        auto mgr = LoadGuids(*file, version);
         CRepositoryStandIn repo;
         repo.modified = {2};
         mgr->SetRepoTableMgr(&repo);
@@ -217,9 +204,11 @@ TEST(GuidMgr, SaveAsksTheRepositoryAboutSharedObjectsAndKeepsThemAll) {
     }
 }
 
-TEST(GuidMgr, SaveFailuresAndStorageTables) {
+// A failed save goes on and holds the storage tables; new objects after it.
+TEST(GuidMgr, SaveFailuresStorageTablesAndNewObjects) {
     auto file = ModelWith(TenObjects());
-    auto mgr = Load(*file);
+    ASSERT_TRUE(Store(*file, "Object_Domain", std::vector{StoredDomain(6, "Model", "DIAGRAM")}));
+    auto mgr = LoadGuids(*file);
     EXPECT_EQ(static_cast<CTableBase*>(*mgr->GetUniqueObjectTable()), nullptr);  // released
     file->GetTable("UniqueObject")->FailInsertCalls({3});
     EXPECT_EQ(mgr->Save(file.get(), nullptr, 0, 0), 0);
@@ -230,12 +219,7 @@ TEST(GuidMgr, SaveFailuresAndStorageTables) {
     EXPECT_EQ(static_cast<CTableBase*>(*mgr->GetUniqueObjectTable()), nullptr);
     EXPECT_EQ(static_cast<CTableBase*>(*mgr->GetObjectDefinitionTable()), nullptr);
     EXPECT_EQ(mgr->Save(file.get(), nullptr, 0, 0), 1);
-}
 
-TEST(GuidMgr, NewObjects) {
-    auto file = ModelWith(TenObjects());
-    ASSERT_TRUE(Store(*file, "Object_Domain", std::vector{StoredDomain(6, "Model", "DIAGRAM")}));
-    auto mgr = Load(*file);
     const std::time_t before = std::time(nullptr);
     const int a = mgr->GetNewUniqueId(kEntity, 5, 6, 7);
     const int b = mgr->GetNewUniqueId(CString("Domain"), 8, 0, 0);
@@ -257,7 +241,7 @@ TEST(GuidMgr, DeleteObjectFollowsTheNewRuleAndCleansTheRepository) {
     auto rows = TenObjects();
     rows[0].Repository_Status = 0x101;  // New
     auto file = ModelWith(rows);
-    auto mgr = Load(*file);
+    auto mgr = LoadGuids(*file);
     CRepositoryStandIn repo;
     mgr->SetRepoTableMgr(&repo);
     mgr->SetEnhDelayedCheckOutTable(&repo);

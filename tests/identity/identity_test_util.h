@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -108,10 +109,27 @@ class CRepositoryStandIn final : public IRepositoryHooks, public IDelayedCheckou
     }
 };
 
-inline CList<ULONG>* Fill(CList<ULONG>& list, std::initializer_list<ULONG> ids) {
-    for (ULONG id : ids)
-        list.AddTail(id);
-    return &list;
+// A list of object ids written as a braced list.
+struct CIdList : CList<ULONG> {
+    CIdList(std::initializer_list<ULONG> ids) {
+        for (ULONG id : ids)
+            AddTail(id);
+    }
+};
+
+// The object GUID of `id`, empty when there is none.
+inline CString ObjectGuid(CGuidMgr& guids, ULONG id) {
+    CString text;
+    guids.GetObjectGUID(id, text);
+    return text;
+}
+
+// The manager over `file`, loaded as a file of `version` would be.
+inline std::unique_ptr<CGuidMgr> LoadGuids(CZmfFile& file, ULONG version = 530, int keepGuidMap = 1,
+                                           unsigned int hashSize = 0) {
+    auto mgr = std::make_unique<CGuidMgr>(&file, keepGuidMap);
+    EXPECT_EQ(mgr->Init(hashSize, version), 1);
+    return mgr;
 }
 
 }  // namespace tessmeta::test

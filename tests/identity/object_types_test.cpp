@@ -8,12 +8,6 @@ using namespace tessmeta::test;
 
 namespace {
 
-std::unique_ptr<CGuidMgr> Load(CZmfFile& file) {
-    auto mgr = std::make_unique<CGuidMgr>(&file, 1);
-    mgr->Init(0, 530);
-    return mgr;
-}
-
 // A model that lacks names, numbers types its own way, and repeats names and ids.
 TEST(ObjectTypes, SparseAndRepeatedDefinitions) {
     auto file = CZmfFile::OpenMemory();
@@ -22,7 +16,7 @@ TEST(ObjectTypes, SparseAndRepeatedDefinitions) {
                              {8, "Dictionary Object"},
                              {40, "Entity"},
                              {41, "Data Dictionary"}});
-    auto mgr = Load(*file);
+    auto mgr = LoadGuids(*file);
     EXPECT_EQ(mgr->GetEntityObjectTypeId(), 19);  // the first "Entity"
     EXPECT_EQ(mgr->GetAttributeObjectTypeId(), 8);
     EXPECT_EQ(mgr->GetDictionaryObjectTypeId(), 8);  // two names, one id
@@ -64,7 +58,7 @@ TEST(ObjectDomains, ModelDomainCreationAndAccess) {
         Store(*file, "Object_Domain",
               std::vector{StoredDomain(5, "lower", "Diagram"), StoredDomain(9, "first", "DIAGRAM"),
                           StoredDomain(3, "second", "DIAGRAM"), StoredDomain(0, "unkeyed", "X")}));
-    auto mgr = Load(*file);
+    auto mgr = LoadGuids(*file);
     auto* domains = mgr->GetEnhObjectDomainTable();
     EXPECT_EQ(mgr->GetModelDomainId(), 9u);                 // the first "DIAGRAM", exactly spelt
     EXPECT_EQ(domains->GetIdMap().GetHashTableSize(), 4u);  // the stored row count
@@ -99,7 +93,7 @@ TEST(ObjectDomains, ModelDomainCreationAndAccess) {
                         row.Name.GetValue().GetString());
     EXPECT_EQ(saved, (std::vector<std::string>{"5:lower", "9:first", "3:second", "10:unkeyed",
                                                "11:Renamed", "20:Given", "21:After"}));
-    EXPECT_EQ(Load(*file)->GetModelDomainId(), 9u);
+    EXPECT_EQ(LoadGuids(*file)->GetModelDomainId(), 9u);
 }
 
 }  // namespace

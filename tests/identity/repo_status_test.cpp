@@ -74,9 +74,7 @@ std::unique_ptr<CGuidMgr> StatusModel(CZmfFile& file,
             StoredObject(id, type, status, GuidTextFor(id).c_str(), GuidTextFor(id + 100).c_str()));
     }
     StoreObjects(file, rows);
-    auto mgr = std::make_unique<CGuidMgr>(&file, 1);
-    mgr->Init(0, 530);
-    return mgr;
+    return LoadGuids(file);
 }
 
 std::vector<ULONG> Statuses(CGuidMgr& mgr) {
@@ -90,9 +88,7 @@ TEST(RepoStatus, WholeModelOperations) {
     auto file = CZmfFile::OpenMemory();
     //                        type/status: 1      2        3       4       5
     auto mgr = StatusModel(*file, {{7, 1}, {7, 0x102}, {8, 1}, {8, 4}, {9, 0}});
-    CList<ULONG> seven, eightNine, none;
-    Fill(seven, {7});
-    Fill(eightNine, {8, 9});
+    CIdList seven{7}, eightNine{8, 9}, none{};
 
     EXPECT_EQ(mgr->HasRepositoryObject(), 1);
     EXPECT_EQ(mgr->GotCheckedOutObj(none, 0, 0), 1);       // object 2 has state 2
@@ -126,8 +122,7 @@ TEST(RepoStatus, ResetSpecificObjectsToNewRenewsGuids) {
     std::vector<CString> before(4), versions(4);
     for (unsigned id = 1; id <= 3; ++id)
         mgr->GetGUIDs(id, before[id], versions[id]);
-    CList<ULONG> seven;
-    Fill(seven, {7});
+    CIdList seven{7};
 
     mgr->ResetSpecificObjectsToNew(seven, 0);  // type 8 only
     EXPECT_EQ(Statuses(*mgr), (std::vector<ULONG>{0x102, 1, 0x18}));

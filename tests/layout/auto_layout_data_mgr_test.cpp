@@ -74,7 +74,7 @@ std::vector<std::string> Settings(CAutoLayoutDataMgr& mgr, ULONG submodel) {
 
 // A file written before some parameters existed keeps its rows as they are and gains
 // the missing names, appended in list order under new keys.
-TEST(AutoLayout, APartialFileGainsTheMissingNamesAndKeepsThemAcrossSaves) {
+TEST(AutoLayout, PartialAndNewFilesGainTheNamesAndKeepSettingsAcrossSaves) {
     TempDir dir;
     const std::string path = dir.File("partial.zmf");
     std::vector<NameRow> stored;
@@ -110,12 +110,39 @@ TEST(AutoLayout, APartialFileGainsTheMissingNamesAndKeepsThemAcrossSaves) {
         mgr.ReleaseStorageTables(0);
         ASSERT_TRUE(file->Commit());
     }
+
+    // Through the model: a new model file holds the constant tables; settings survive
+    // a save and a reopen.
+    const std::string modelPath = dir.File("model.zmf");
+    std::string error;
+    {
+        auto model = tessmeta::CModelFile::Create(modelPath, &error);
+        ASSERT_TRUE(model) << error;
+        CTableBase* names = model->GetFile().GetTable("Layout_Property_Name");
+        EXPECT_EQ(names->GetCount(), 55u);
+        model->GetFile().ReleaseTable(&names, 0);
+        CAutoLayoutDataMgr& mgr = model->GetAutoLayoutDataMgr();
+        mgr.UpdateSubmodelAlgorithmProperty(5, 2, "LAYERED_STEP_V", "Float", "1.25");
+        mgr.UpdateSubmodelAlgorithmProperty(5, 2, "LAYERED_STEP_V_MAX", "Float", "");
+        mgr.UpdateSubmodelAlgorithmProperty(6, 4, "RANDOM_MAX_H", "Integer", "800 px");
+        ASSERT_TRUE(model->Save());
+    }
+    auto model = tessmeta::CModelFile::Open(modelPath, &error);
+    ASSERT_TRUE(model) << error;
+    CAutoLayoutDataMgr& mgr = model->GetAutoLayoutDataMgr();
+    EXPECT_EQ(Settings(mgr, 5), (std::vector<std::string>{"Layered/LAYERED_STEP_V/Float=1.25",
+                                                          "Layered/LAYERED_STEP_V_MAX/Float="}));
+    EXPECT_EQ(Settings(mgr, 6), std::vector<std::string>{"Random/RANDOM_MAX_H/Integer=800 px"});
+    EXPECT_EQ(mgr.GetLayoutPropertyNameTable().GetCount(), 55);
+    EXPECT_EQ(tessmeta::CheckModelFile(model->GetFile()).ErrorCount(), 0u);
 }
 
-TEST(AutoLayout, UpdatingAParameterTwiceLeavesOneRowWithTheSecondValue) {
+// Updates, and the tables GetTablePtr hands out (1 and 94, only while held).
+TEST(AutoLayout, UpdatesKeepOneRowPerParameterAndTheTablesAreHandedOut) {
     auto file = CZmfFile::OpenMemory();
     CAutoLayoutDataMgr mgr(file.get(), nullptr);
     mgr.Init();
+    EXPECT_EQ(mgr.GetTablePtr(1), nullptr);  // given back at load
     const ULONG force = AlgorithmId(mgr, "Force"), layered = AlgorithmId(mgr, "Layered");
     EXPECT_EQ(std::vector<ULONG>({force, layered, AlgorithmId(mgr, "Circle"),
                                   AlgorithmId(mgr, "Random"), AlgorithmId(mgr, "force")}),
@@ -147,6 +174,16 @@ TEST(AutoLayout, UpdatingAParameterTwiceLeavesOneRowWithTheSecondValue) {
     EXPECT_EQ(mgr.UpdateSubmodelAlgorithmProperty(9, 99, "FORCE_FLAGS", "Integer", "1"), 0);
     EXPECT_EQ(mgr.GetSubmodelAlgorithmTable().GetCount(), 3);
     EXPECT_EQ(mgr.GetAlgorithmPropertyTable().GetCount(), 5);
+
+    mgr.Save(file.get());
+    ASSERT_NE(mgr.GetTablePtr(1), nullptr);
+    EXPECT_STREQ(mgr.GetTablePtr(1)->GetName(), "Algorithm_Property");
+    ASSERT_NE(mgr.GetTablePtr(94), nullptr);
+    EXPECT_STREQ(mgr.GetTablePtr(94)->GetName(), "Submodel_Algorithm");
+    EXPECT_EQ(mgr.GetTablePtr(2), nullptr);
+    mgr.ReleaseStorageTables(0);
+    EXPECT_EQ(mgr.GetTablePtr(1), nullptr);
+    EXPECT_EQ(mgr.GetTablePtr(94), nullptr);
 }
 
 // Removal against a reference: which submodels keep settings after each step.
@@ -198,50 +235,6 @@ TEST(AutoLayout, DeletingSubmodelsAndDeadRowsKeepsOnlyTheLiveSettings) {
     EXPECT_EQ(mgr.GetAlgorithmPropertyTable().GetCount(), 0);
     EXPECT_EQ(mgr.GetSubmodelAlgorithmTable().GetCount(), 0);
     EXPECT_EQ(mgr.GetLayoutPropertyNameTable().GetCount(), 55);  // constants stay
-}
-
-TEST(AutoLayout, GetTablePtrAnswersOnlyFor1And94WhileTheTablesAreHeld) {
-    auto file = CZmfFile::OpenMemory();
-    CAutoLayoutDataMgr mgr(file.get(), nullptr);
-    mgr.Init();
-    EXPECT_EQ(mgr.GetTablePtr(1), nullptr);  // given back at load
-    mgr.Save(file.get());
-    ASSERT_NE(mgr.GetTablePtr(1), nullptr);
-    EXPECT_STREQ(mgr.GetTablePtr(1)->GetName(), "Algorithm_Property");
-    ASSERT_NE(mgr.GetTablePtr(94), nullptr);
-    EXPECT_STREQ(mgr.GetTablePtr(94)->GetName(), "Submodel_Algorithm");
-    EXPECT_EQ(mgr.GetTablePtr(2), nullptr);
-    mgr.ReleaseStorageTables(0);
-    EXPECT_EQ(mgr.GetTablePtr(1), nullptr);
-    EXPECT_EQ(mgr.GetTablePtr(94), nullptr);
-}
-
-// Through the model: a new model file holds the constant tables; settings survive
-// a save and a reopen.
-TEST(AutoLayout, SettingsSurviveReopening) {
-    TempDir dir;
-    const std::string path = dir.File("model.zmf");
-    std::string error;
-    {
-        auto model = tessmeta::CModelFile::Create(path, &error);
-        ASSERT_TRUE(model) << error;
-        CTableBase* names = model->GetFile().GetTable("Layout_Property_Name");
-        EXPECT_EQ(names->GetCount(), 55u);
-        model->GetFile().ReleaseTable(&names, 0);
-        CAutoLayoutDataMgr& mgr = model->GetAutoLayoutDataMgr();
-        mgr.UpdateSubmodelAlgorithmProperty(5, 2, "LAYERED_STEP_V", "Float", "1.25");
-        mgr.UpdateSubmodelAlgorithmProperty(5, 2, "LAYERED_STEP_V_MAX", "Float", "");
-        mgr.UpdateSubmodelAlgorithmProperty(6, 4, "RANDOM_MAX_H", "Integer", "800 px");
-        ASSERT_TRUE(model->Save());
-    }
-    auto model = tessmeta::CModelFile::Open(path, &error);
-    ASSERT_TRUE(model) << error;
-    CAutoLayoutDataMgr& mgr = model->GetAutoLayoutDataMgr();
-    EXPECT_EQ(Settings(mgr, 5), (std::vector<std::string>{"Layered/LAYERED_STEP_V/Float=1.25",
-                                                          "Layered/LAYERED_STEP_V_MAX/Float="}));
-    EXPECT_EQ(Settings(mgr, 6), std::vector<std::string>{"Random/RANDOM_MAX_H/Integer=800 px"});
-    EXPECT_EQ(mgr.GetLayoutPropertyNameTable().GetCount(), 55);
-    EXPECT_EQ(tessmeta::CheckModelFile(model->GetFile()).ErrorCount(), 0u);
 }
 
 }  // namespace

@@ -108,7 +108,7 @@ class PropertyTest : public ::testing::Test {
     std::map<std::string, ULONG> values;
 };
 
-TEST_F(PropertyTest, ValuesAreCheckedAgainstTypeValidityAndAllowedValues) {
+TEST_F(PropertyTest, ValuesAreCheckedAgainstTypeValidityAndAllowedValuesAndKept) {
     struct Case {
         ULONG* metaTable;
         ULONG row;
@@ -153,6 +153,29 @@ TEST_F(PropertyTest, ValuesAreCheckedAgainstTypeValidityAndAllowedValues) {
     EXPECT_EQ(std::string(members.GetFirstRow(entity, 1)->Name), "Table");
     EXPECT_EQ(std::string(members.GetFirstRow(attribute, 2)->Name), "Attribute");
     EXPECT_EQ(members.GetNextRow(), nullptr);
+
+    // Everything survives saving and reopening.
+    TempDir dir;
+    const ULONG option = Props().InsertConfigurationOption("Show Properties", "");
+    Props().SetMetaTableOption(entity, option, "yes");
+    ASSERT_TRUE(model->SaveAs(dir.File("p.zmf")));
+    model.reset();
+
+    std::string error;
+    model = CModelFile::Open(dir.File("p.zmf"), &error);
+    ASSERT_TRUE(model) << error;
+    EXPECT_EQ(List(entity, 1),
+              (std::vector<std::string>{"Owner=Sales", "Status=Retired", "Size=12"}));
+    EXPECT_EQ(List(attribute, 2), (std::vector<std::string>{"Owner=", "Status=Draft"}));
+    CPropertyMgr& q = Props();
+    EXPECT_EQ(q.GetPropertyId("status"), status);
+    EXPECT_EQ(q.GetPropertyDataType(size), T::Integer);
+    EXPECT_EQ(q.InsertProperty(attribute, 2, status, "Approved"), R::NotAllowed);
+    ASSERT_EQ(q.GetMetaTableOption(entity, option, value), 1);
+    EXPECT_EQ(value, "yes");
+    // New rows get keys past the stored ones.
+    EXPECT_GT(q.DefineProperty(type, "Later", "", T::Real), size);
+    EXPECT_EQ(tessmeta::CheckModelFile(model->GetFile()).ErrorCount(), 0u);
 }
 
 TEST_F(PropertyTest, DeletionsCascadeAndNarrowingLeavesValuesListed) {
@@ -190,34 +213,6 @@ TEST_F(PropertyTest, DeletionsCascadeAndNarrowingLeavesValuesListed) {
 
     ASSERT_EQ(p.DeleteMetaClass(columns), 1);
     EXPECT_EQ(p.GetValidMetaClassTbl().GetCount(), 2);
-}
-
-TEST_F(PropertyTest, EverythingSurvivesSavingAndReopening) {
-    TempDir dir;
-    CPropertyMgr& p = Props();
-    p.InsertProperty(entity, 1, owner, "Sales");
-    p.InsertProperty(entity, 1, status, "Approved");
-    p.InsertProperty(attribute, 2, status, "Draft");
-    const ULONG option = p.InsertConfigurationOption("Show Properties", "");
-    p.SetMetaTableOption(entity, option, "yes");
-    ASSERT_TRUE(model->SaveAs(dir.File("p.zmf")));
-    model.reset();
-
-    std::string error;
-    model = CModelFile::Open(dir.File("p.zmf"), &error);
-    ASSERT_TRUE(model) << error;
-    EXPECT_EQ(List(entity, 1), (std::vector<std::string>{"Owner=Sales", "Status=Approved"}));
-    EXPECT_EQ(List(attribute, 2), (std::vector<std::string>{"Status=Draft"}));
-    CPropertyMgr& q = Props();
-    EXPECT_EQ(q.GetPropertyId("status"), status);
-    EXPECT_EQ(q.GetPropertyDataType(size), T::Integer);
-    EXPECT_EQ(q.InsertProperty(attribute, 2, status, "Approved"), R::NotAllowed);
-    CString value;
-    ASSERT_EQ(q.GetMetaTableOption(entity, option, value), 1);
-    EXPECT_EQ(value, "yes");
-    // New rows get keys past the stored ones.
-    EXPECT_GT(q.DefineProperty(type, "Later", "", T::Real), size);
-    EXPECT_EQ(tessmeta::CheckModelFile(model->GetFile()).ErrorCount(), 0u);
 }
 
 // A file whose "Property" table was stored before the data-type column existed.

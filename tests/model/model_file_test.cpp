@@ -5,23 +5,16 @@
 
 #include <vector>
 
+#include "identity/identity_test_util.h"
 #include "model/model_check.h"
 #include "model/model_generator.h"
 #include "support/test_support.h"
 
 using tessmeta::CModelFile;
+using tessmeta::test::ObjectGuid;
 using tessmeta::test::TempDir;
 
 namespace {
-
-// The name of an object in the "Entity Name" role, or "" when it has none.
-std::string EntityName(CModelFile& model, int object) {
-    CNameSpaceMgr& names = model.GetNameSpaceMgr();
-    CString text;
-    const int id = names.GetStringIdFromObjectAndUsageTypeIds(object, names.GetEntityNameUsageId());
-    if (id) names.GetStringFromNameSpace(text, id);
-    return std::string(text);
-}
 
 TEST(ModelFile, ANewModelHasTypesAndUsageTypesAndSurvivesReopening) {
     TempDir dir;
@@ -36,18 +29,19 @@ TEST(ModelFile, ANewModelHasTypesAndUsageTypesAndSurvivesReopening) {
     const int entity = guids.GetNewUniqueId(CString("Entity"), 0, 0, 0);
     model->GetNameSpaceMgr().AddString("CUSTOMER", entity,
                                        model->GetNameSpaceMgr().GetEntityNameUsageId());
-    CString guid;
-    guids.GetObjectGUID(static_cast<unsigned>(entity), guid);
+    const CString guid = ObjectGuid(guids, static_cast<ULONG>(entity));
     ASSERT_TRUE(model->Save());
     model.reset();
 
     EXPECT_FALSE(CModelFile::Create(path, &error));  // never over an existing file
     model = CModelFile::Open(path, &error);
     ASSERT_TRUE(model) << error;
-    EXPECT_EQ(EntityName(*model, entity), "CUSTOMER");
-    CString reloaded;
-    model->GetGuidMgr().GetObjectGUID(static_cast<unsigned>(entity), reloaded);
-    EXPECT_EQ(reloaded, guid);
+    CNameSpaceMgr& names = model->GetNameSpaceMgr();
+    CString name;
+    names.GetStringFromNameSpace(
+        name, names.GetStringIdFromObjectAndUsageTypeIds(entity, names.GetEntityNameUsageId()));
+    EXPECT_EQ(name, "CUSTOMER");
+    EXPECT_EQ(ObjectGuid(model->GetGuidMgr(), static_cast<ULONG>(entity)), guid);
     EXPECT_EQ(model->GetGuidMgr().GetNewUniqueId(CString("Entity"), 0, 0, 0), entity + 1);
     EXPECT_EQ(tessmeta::CheckModelFile(model->GetFile()).ErrorCount(), 0u);
 }

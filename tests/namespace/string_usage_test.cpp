@@ -64,7 +64,7 @@ TEST(StringUsage, SetReplaceAndRemove) {
     EXPECT_EQ(keys, (std::vector<ULONG>{4, 5}));
 }
 
-TEST(StringUsage, WalksByStringAndByRole) {
+TEST(StringUsage, WalksByStringAndByRoleAndFixesInPlace) {
     for (int roleIndex : {1, 0}) {
         SCOPED_TRACE(roleIndex ? "with the role tree" : "without the role tree");
         SLoaded m({}, roleIndex);
@@ -92,24 +92,22 @@ TEST(StringUsage, WalksByStringAndByRole) {
         EXPECT_EQ(ObjectsUsing(ns, t, other), (Objects{5}));
         ns.DeleteString(3, t);
         EXPECT_EQ(ObjectsUsing(ns, t, s), (Objects{2, 1}));
-    }
-}
+        if (!roleIndex) continue;
 
-TEST(StringUsage, FixRewritesInPlaceWithoutReindexing) {
-    SLoaded m({}, 1);
-    CNameSpaceMgr& ns = *m.ns;
-    const int t = ns.GetProcNameUsageId(), u = ns.GetProcOwnerUsageId();
-    const int s = ns.AddString("proc_a", 10, t);
-    EXPECT_EQ(ns.FixStringUsageUnqObjId(99, t, 11, u), 0);
-    EXPECT_EQ(ns.FixStringUsageUnqObjId(10, t, 11, u), 1);
-    // Found under neither pair any more, but still filed by string, and in the role
-    // tree under the old role.
-    EXPECT_EQ(ns.GetStringIdFromObjectAndUsageTypeIds(10, t), 0);
-    EXPECT_EQ(ns.GetStringIdFromObjectAndUsageTypeIds(11, u), 0);
-    EXPECT_EQ(ns.DeleteString(11, u), 0);
-    EXPECT_EQ(UsagesOf(ns, s), (Usages{{11, u}}));
-    EXPECT_EQ(ObjectsUsing(ns, t, s), (Objects{11}));
-    EXPECT_TRUE(ObjectsUsing(ns, u, s).empty());
+        // A fix rewrites a usage in place, without re-indexing it.
+        const int pn = ns.GetProcNameUsageId(), po = ns.GetProcOwnerUsageId();
+        const int proc = ns.AddString("proc_a", 10, pn);
+        EXPECT_EQ(ns.FixStringUsageUnqObjId(99, pn, 11, po), 0);
+        EXPECT_EQ(ns.FixStringUsageUnqObjId(10, pn, 11, po), 1);
+        // Found under neither pair any more, but still filed by string, and in the role
+        // tree under the old role.
+        EXPECT_EQ(ns.GetStringIdFromObjectAndUsageTypeIds(10, pn), 0);
+        EXPECT_EQ(ns.GetStringIdFromObjectAndUsageTypeIds(11, po), 0);
+        EXPECT_EQ(ns.DeleteString(11, po), 0);
+        EXPECT_EQ(UsagesOf(ns, proc), (Usages{{11, po}}));
+        EXPECT_EQ(ObjectsUsing(ns, pn, proc), (Objects{11}));
+        EXPECT_TRUE(ObjectsUsing(ns, po, proc).empty());
+    }
 }
 
 TEST(StringUsageTypes, BuiltInListIdsAndAccessors) {

@@ -32,70 +32,50 @@ sqlite3_file* Real(sqlite3_file* f) {
     return reinterpret_cast<SFile*>(f)->real;
 }
 
+// The real file's method, for the calls that never fail.
+template <auto Method, typename... Args>
+int Forward(sqlite3_file* f, Args... args) {
+    return (Real(f)->pMethods->*Method)(Real(f), args...);
+}
+
+// ... and for the calls that fail with `error` when armed for `kind`.
+template <auto Method, EFault kind, int error, typename... Args>
+int Failing(sqlite3_file* f, Args... args) {
+    return Fails(kind) ? error : Forward<Method>(f, args...);
+}
+
 int Close(sqlite3_file* f) {
     const int rc = Real(f)->pMethods ? Real(f)->pMethods->xClose(Real(f)) : SQLITE_OK;
     f->pMethods = nullptr;
     return rc;
-}
-int Read(sqlite3_file* f, void* out, int amount, sqlite3_int64 offset) {
-    if (Fails(EFault::Read)) return SQLITE_IOERR_READ;
-    return Real(f)->pMethods->xRead(Real(f), out, amount, offset);
 }
 int Write(sqlite3_file* f, const void* data, int amount, sqlite3_int64 offset) {
     if (Fails(EFault::Write)) return SQLITE_IOERR_WRITE;
     if (Fails(EFault::DiskFull)) return SQLITE_FULL;
     return Real(f)->pMethods->xWrite(Real(f), data, amount, offset);
 }
-int Truncate(sqlite3_file* f, sqlite3_int64 size) {
-    return Real(f)->pMethods->xTruncate(Real(f), size);
-}
-int Sync(sqlite3_file* f, int flags) {
-    if (Fails(EFault::Sync)) return SQLITE_IOERR_FSYNC;
-    return Real(f)->pMethods->xSync(Real(f), flags);
-}
-int FileSize(sqlite3_file* f, sqlite3_int64* size) {
-    return Real(f)->pMethods->xFileSize(Real(f), size);
-}
-int Lock(sqlite3_file* f, int level) {
-    if (Fails(EFault::Lock)) return SQLITE_IOERR_LOCK;
-    return Real(f)->pMethods->xLock(Real(f), level);
-}
-int Unlock(sqlite3_file* f, int level) {
-    return Real(f)->pMethods->xUnlock(Real(f), level);
-}
-int CheckReservedLock(sqlite3_file* f, int* out) {
-    return Real(f)->pMethods->xCheckReservedLock(Real(f), out);
-}
-int FileControl(sqlite3_file* f, int op, void* arg) {
-    return Real(f)->pMethods->xFileControl(Real(f), op, arg);
-}
-int SectorSize(sqlite3_file* f) {
-    return Real(f)->pMethods->xSectorSize(Real(f));
-}
-int DeviceCharacteristics(sqlite3_file* f) {
-    return Real(f)->pMethods->xDeviceCharacteristics(Real(f));
-}
 
 // Version 1: no shared memory (the library keeps a rollback journal) and no mmap.
-const sqlite3_io_methods kMethods = {1,
-                                     Close,
-                                     Read,
-                                     Write,
-                                     Truncate,
-                                     Sync,
-                                     FileSize,
-                                     Lock,
-                                     Unlock,
-                                     CheckReservedLock,
-                                     FileControl,
-                                     SectorSize,
-                                     DeviceCharacteristics,
-                                     nullptr,
-                                     nullptr,
-                                     nullptr,
-                                     nullptr,
-                                     nullptr,
-                                     nullptr};
+const sqlite3_io_methods kMethods = {
+    1,
+    Close,
+    Failing<&sqlite3_io_methods::xRead, EFault::Read, SQLITE_IOERR_READ, void*, int, sqlite3_int64>,
+    Write,
+    Forward<&sqlite3_io_methods::xTruncate, sqlite3_int64>,
+    Failing<&sqlite3_io_methods::xSync, EFault::Sync, SQLITE_IOERR_FSYNC, int>,
+    Forward<&sqlite3_io_methods::xFileSize, sqlite3_int64*>,
+    Failing<&sqlite3_io_methods::xLock, EFault::Lock, SQLITE_IOERR_LOCK, int>,
+    Forward<&sqlite3_io_methods::xUnlock, int>,
+    Forward<&sqlite3_io_methods::xCheckReservedLock, int*>,
+    Forward<&sqlite3_io_methods::xFileControl, int, void*>,
+    Forward<&sqlite3_io_methods::xSectorSize>,
+    Forward<&sqlite3_io_methods::xDeviceCharacteristics>,
+    nullptr,
+    nullptr,
+    nullptr,
+    nullptr,
+    nullptr,
+    nullptr};
 
 int Open(sqlite3_vfs* vfs, const char* name, sqlite3_file* f, int flags, int* outFlags) {
     auto* file = reinterpret_cast<SFile*>(f);

@@ -8,6 +8,7 @@
 
 using tessmeta::CModelFile;
 using tessmeta::test::CIdList;
+using tessmeta::test::ObjectGuid;
 using tessmeta::test::SRepoModel;
 using tessmeta::test::TempDir;
 
@@ -21,13 +22,7 @@ std::vector<ULONG> Linked(CEnhRepoInterModelObjectLinkTable& links, ULONG relati
     return objects;
 }
 
-CString Guid(CGuidMgr& guids, ULONG id) {
-    CString guid;
-    guids.GetObjectGUID(id, guid);
-    return guid;
-}
-
-TEST(InterModel, MakeJoinAndLifetimes) {
+TEST(InterModel, MakeJoinLifetimesAndDeletions) {
     SRepoModel m;
     auto& links = *m.repo.GetInterModelObjectLinkTable();
     auto& relationships = *m.repo.GetInterModelRelationshipTable();
@@ -47,7 +42,7 @@ TEST(InterModel, MakeJoinAndLifetimes) {
     m.guids.GetObjectType(relObject, type);
     EXPECT_EQ(type, CString("InterModelRelationship"));
     EXPECT_EQ(m.repo.GetInterModelRelIDFromImRelUniqueObjID(relObject), rel);
-    EXPECT_EQ(m.repo.GetInterRelID(Guid(m.guids, relObject)), rel);
+    EXPECT_EQ(m.repo.GetInterRelID(ObjectGuid(m.guids, relObject)), rel);
 
     // One object already linked: the others join its relationship, in list order.
     CIdList second{c, b, d, c};
@@ -77,13 +72,11 @@ TEST(InterModel, MakeJoinAndLifetimes) {
     m.repo.DeleteInterModelObjectLinkFKRow(a, 0);
     EXPECT_EQ(relationships.GetCount(), 0);
     EXPECT_TRUE(m.Exists(relObject2));
-}
 
-TEST(InterModel, DeletingObjectsCleansLinksModificationsAndCheckouts) {
-    SRepoModel m;
+    // Deleting objects cleans their links, modifications and check-outs.
     const ULONG stored = m.Diagram(), fresh = m.Object("Entity", true), partner = m.Diagram();
     CIdList all{stored, fresh, partner};
-    const ULONG rel = m.repo.MakeIntermodelRelationshipFromCmpMgr(&all);
+    const ULONG rel3 = m.repo.MakeIntermodelRelationshipFromCmpMgr(&all);
     for (ULONG id : {stored, fresh}) {
         m.repo.InsertObjectModificationRow(id, CEnhRepoObjModTable::kModified, 0);
         m.checkouts.Insert(id, 1, 0);
@@ -100,7 +93,7 @@ TEST(InterModel, DeletingObjectsCleansLinksModificationsAndCheckouts) {
     EXPECT_EQ(m.repo.GetInterModelRelIDFromUniqueObjectId(fresh), 0u);
     EXPECT_EQ(m.mods.GetFKRow(fresh), nullptr);
     EXPECT_EQ(m.checkouts.GetFKRow(fresh), nullptr);
-    EXPECT_EQ(m.repo.GetUniqueObjectIdFromInterModelRelID(rel), partner);
+    EXPECT_EQ(m.repo.GetUniqueObjectIdFromInterModelRelID(rel3), partner);
 }
 
 TEST(InterModel, GuidsHandleAndRoundTrip) {
@@ -123,7 +116,7 @@ TEST(InterModel, GuidsHandleAndRoundTrip) {
         EXPECT_EQ(g, CString("given"));
         EXPECT_TRUE(v.IsEmpty());
         m.repo.InsertIMObjectLink(a, rel);
-        relGuid = Guid(m.guids, relObject);
+        relGuid = ObjectGuid(m.guids, relObject);
 
         ASSERT_TRUE(m.model->Save());
     }

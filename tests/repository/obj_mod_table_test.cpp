@@ -23,7 +23,7 @@ using CRows = std::vector<std::pair<ULONG, LONG>>;
 constexpr LONG kDel = CEnhRepoObjModTable::kDeleted;
 constexpr LONG kMod = CEnhRepoObjModTable::kModified;
 
-TEST(ObjectModifications, KindRule) {
+TEST(ObjectModifications, KindRuleAndClearing) {
     struct SCase {
         LONG first, second;  // 0: no first insert
         bool secondAccepted;
@@ -52,6 +52,41 @@ TEST(ObjectModifications, KindRule) {
     EXPECT_EQ(m.repo.InsertObjectModificationRow(0, kMod, 0), 0u);
     EXPECT_EQ(m.mods.GetDiagObjCount() + m.mods.GetDataDictObjCount(), 0);
     EXPECT_EQ(m.repo.IsObjectModified(12345) + m.repo.IsObjectDeleted(12345), 0);
+
+    // Clearing removes rows, then deletes the objects of deletions.
+    const ULONG domainA = m.guids.CreateObjectDomain(0, "A", "DATA_DICTIONARY", "", 0);
+    const ULONG domainB = m.guids.CreateObjectDomain(0, "B", "DATA_DICTIONARY", "", 0);
+    const ULONG diagDel = m.Diagram(), diagMod = m.Diagram();
+    const ULONG dictDelA = m.Dictionary(), dictDelB = m.Dictionary(), dictMod = m.Dictionary();
+    m.guids.SetUniqueObjectObjectDomainID(dictDelA, domainA);
+    m.guids.SetUniqueObjectObjectDomainID(dictDelB, domainB);
+    auto record = [&] {
+        for (ULONG id : {diagDel, dictDelA, dictDelB})
+            m.repo.InsertObjectModificationRow(id, kDel, 0);
+        for (ULONG id : {diagMod, dictMod})
+            m.repo.InsertObjectModificationRow(id, kMod, 0);
+    };
+    record();
+    EXPECT_EQ(m.repo.IsDeletedDDObjFound(), 1);
+
+    m.repo.ClearDiagDeletedRows();
+    EXPECT_FALSE(m.Exists(diagDel));
+    EXPECT_EQ(ModRows(m.mods),
+              (CRows{{diagMod, kMod}, {dictDelA, kDel}, {dictDelB, kDel}, {dictMod, kMod}}));
+    m.repo.ClearDataDictDeletedRows(domainB);
+    EXPECT_TRUE(m.Exists(dictDelA));
+    EXPECT_FALSE(m.Exists(dictDelB));
+    EXPECT_EQ(ModRows(m.mods), (CRows{{diagMod, kMod}, {dictDelA, kDel}, {dictMod, kMod}}));
+    m.repo.ClearDataDictDeletedRows(0);
+    EXPECT_FALSE(m.Exists(dictDelA));
+    EXPECT_EQ(m.repo.IsDeletedDDObjFound(), 0);
+    EXPECT_EQ(ModRows(m.mods), (CRows{{diagMod, kMod}, {dictMod, kMod}}));
+
+    m.repo.ClearDataDictModsAndDels();
+    EXPECT_EQ(ModRows(m.mods), (CRows{{diagMod, kMod}}));
+    m.repo.ClearDiagModsAndDels();
+    EXPECT_TRUE(ModRows(m.mods).empty());
+    EXPECT_TRUE(m.Exists(diagMod) && m.Exists(dictMod));  // only deletions delete objects
 }
 
 // Rows with repeated objects in both lists, removed in every way; after each step
@@ -138,43 +173,6 @@ TEST(ObjectModifications, LookupAgreesWithAWalkOfBothLists) {
     three.Init(0);
     EXPECT_EQ(ModRows(three), (CRows{{101, 0}, {102, 0}, {104, 0}}));
     EXPECT_EQ(three.GetRow(9)->Object_ID, 102u);
-}
-
-TEST(ObjectModifications, ClearingRemovesRowsThenDeletesTheObjects) {
-    SRepoModel m;
-    const ULONG domainA = m.guids.CreateObjectDomain(0, "A", "DATA_DICTIONARY", "", 0);
-    const ULONG domainB = m.guids.CreateObjectDomain(0, "B", "DATA_DICTIONARY", "", 0);
-    const ULONG diagDel = m.Diagram(), diagMod = m.Diagram();
-    const ULONG dictDelA = m.Dictionary(), dictDelB = m.Dictionary(), dictMod = m.Dictionary();
-    m.guids.SetUniqueObjectObjectDomainID(dictDelA, domainA);
-    m.guids.SetUniqueObjectObjectDomainID(dictDelB, domainB);
-    auto record = [&] {
-        for (ULONG id : {diagDel, dictDelA, dictDelB})
-            m.repo.InsertObjectModificationRow(id, kDel, 0);
-        for (ULONG id : {diagMod, dictMod})
-            m.repo.InsertObjectModificationRow(id, kMod, 0);
-    };
-    record();
-    EXPECT_EQ(m.repo.IsDeletedDDObjFound(), 1);
-
-    m.repo.ClearDiagDeletedRows();
-    EXPECT_FALSE(m.Exists(diagDel));
-    EXPECT_EQ(ModRows(m.mods),
-              (CRows{{diagMod, kMod}, {dictDelA, kDel}, {dictDelB, kDel}, {dictMod, kMod}}));
-    m.repo.ClearDataDictDeletedRows(domainB);
-    EXPECT_TRUE(m.Exists(dictDelA));
-    EXPECT_FALSE(m.Exists(dictDelB));
-    EXPECT_EQ(ModRows(m.mods), (CRows{{diagMod, kMod}, {dictDelA, kDel}, {dictMod, kMod}}));
-    m.repo.ClearDataDictDeletedRows(0);
-    EXPECT_FALSE(m.Exists(dictDelA));
-    EXPECT_EQ(m.repo.IsDeletedDDObjFound(), 0);
-    EXPECT_EQ(ModRows(m.mods), (CRows{{diagMod, kMod}, {dictMod, kMod}}));
-
-    m.repo.ClearDataDictModsAndDels();
-    EXPECT_EQ(ModRows(m.mods), (CRows{{diagMod, kMod}}));
-    m.repo.ClearDiagModsAndDels();
-    EXPECT_TRUE(ModRows(m.mods).empty());
-    EXPECT_TRUE(m.Exists(diagMod) && m.Exists(dictMod));  // only deletions delete objects
 }
 
 TEST(ObjectModifications, SaveFlagsAgainstTheStoredTable) {

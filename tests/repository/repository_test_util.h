@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "dictionary/dictionary_test_util.h"
+#include "identity/identity_test_util.h"
 #include "model/model_file.h"
 #include "zmflib.h"
 
@@ -33,14 +34,6 @@ struct SRepoModel {
     ULONG Dictionary() { return Object("Default"); }
 
     bool Exists(ULONG id) const { return guids.IsUniqueObjectIdValid(static_cast<LONG>(id)); }
-};
-
-// A list of object ids written as a braced list.
-struct CIdList : CList<ULONG> {
-    CIdList(std::initializer_list<ULONG> ids) {
-        for (ULONG id : ids)
-            AddTail(id);
-    }
 };
 
 // (object id, kind) of the rows of both modification lists: diagram list first.

@@ -62,7 +62,7 @@ void Replace(Json& doc, const char* table, const char* column, const Json& from,
         if (row[column] == from) row[column] = to;
 }
 
-TEST_F(ExchangeTest, RoundTripsAreLossless) {
+TEST_F(ExchangeTest, RoundTripsAreLosslessAndDiffReportsWhatChanged) {
     ExpectRoundTrip(Demo());
 
     // Every table filled: the demo leaves these empty.
@@ -86,9 +86,8 @@ TEST_F(ExchangeTest, RoundTripsAreLossless) {
     for (const auto& [name, rows] : doc["tables"].items())
         EXPECT_FALSE(rows.empty()) << name;
     ExpectRoundTrip(Import(doc, "full"));
-}
 
-TEST_F(ExchangeTest, DiffReportsWhatChanged) {
+    // diff reports what changed.
     const Json base = Export(Demo());
     const std::string original = Import(base, "base");
     const Json& object = base["tables"]["UniqueObject"].back();

@@ -45,7 +45,9 @@ class CommandTest : public ::testing::Test {
     TempDir dir;
 };
 
-TEST_F(CommandTest, NewDemoAndInfo) {
+// new, demo, and what the reading commands print about the demo: info, check, dump,
+// layout, repo, props.
+TEST_F(CommandTest, NewDemoAndTheReadingCommands) {
     const std::string fresh = dir.File("new.zmf");
     ASSERT_EQ(Run("new " + fresh).status, 0);
     SRun info = Run("info " + fresh);
@@ -63,30 +65,7 @@ TEST_F(CommandTest, NewDemoAndInfo) {
     ExpectAll(Run("demo " + demo).out, {"verified: saved, reopened and identical"});
     ExpectAll(Run("info " + demo).out, {CountLine("Entity", 2), CountLine("Attribute", 2),
                                         "DIAGRAM", "(model domain)", "Entity Name"});
-}
 
-TEST_F(CommandTest, DumpResolvesStringsInTextAndJson) {
-    const std::string demo = Demo();
-    SRun text = Run("dump " + demo + " --table StringUsage");
-    ASSERT_EQ(text.status, 0) << text.err;
-    ExpectAll(text.out, {"== StringUsage", ":\"CUSTOMER\""});
-    EXPECT_EQ(text.out.find("== UniqueObject"), std::string::npos);
-
-    SRun json = Run("dump " + demo + " --format json");
-    ASSERT_EQ(json.status, 0) << json.err;
-    const auto doc = nlohmann::json::parse(json.out);
-    EXPECT_EQ(doc["format_version"], 530);
-    const auto& objects = doc["tables"]["UniqueObject"];
-    ASSERT_EQ(objects.size(), std::stoul(SqlValue(demo, "SELECT count(*) FROM UniqueObject")));
-    EXPECT_EQ(objects[0]["Object_GUID"].get<std::string>().size(), 32u);
-    bool resolved = false;
-    for (const auto& usage : doc["tables"]["StringUsage"])
-        resolved |= usage["String_ID"]["text"] == "ORDER";
-    EXPECT_TRUE(resolved);
-}
-
-TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
-    const std::string demo = Demo();
     SRun clean = Run("check " + demo);
     EXPECT_EQ(clean.status, 0) << clean.out;
     EXPECT_NE(clean.out.find("0 problems"), std::string::npos);
@@ -124,14 +103,28 @@ TEST_F(CommandTest, CheckFindsEachKindOfDamage) {
     const std::string unused = dir.File("unused.zmf");
     std::filesystem::copy_file(demo, unused);
     Sql(unused, "INSERT INTO SmallString VALUES (500, 'nobody uses me', 0)");
-    const SRun run = Run("check " + unused);
-    EXPECT_EQ(run.status, 0);
-    EXPECT_NE(run.out.find("purgeable-string: SmallString: string 500 has no usage"),
+    const SRun unusedRun = Run("check " + unused);
+    EXPECT_EQ(unusedRun.status, 0);
+    EXPECT_NE(unusedRun.out.find("purgeable-string: SmallString: string 500 has no usage"),
               std::string::npos);
-}
 
-TEST_F(CommandTest, LayoutPrintsTheSettingsOfOneOrEverySubmodel) {
-    const std::string demo = Demo();
+    SRun text = Run("dump " + demo + " --table StringUsage");
+    ASSERT_EQ(text.status, 0) << text.err;
+    ExpectAll(text.out, {"== StringUsage", ":\"CUSTOMER\""});
+    EXPECT_EQ(text.out.find("== UniqueObject"), std::string::npos);
+
+    SRun json = Run("dump " + demo + " --format json");
+    ASSERT_EQ(json.status, 0) << json.err;
+    const auto doc = nlohmann::json::parse(json.out);
+    EXPECT_EQ(doc["format_version"], 530);
+    const auto& objects = doc["tables"]["UniqueObject"];
+    ASSERT_EQ(objects.size(), std::stoul(SqlValue(demo, "SELECT count(*) FROM UniqueObject")));
+    EXPECT_EQ(objects[0]["Object_GUID"].get<std::string>().size(), 32u);
+    bool resolved = false;
+    for (const auto& usage : doc["tables"]["StringUsage"])
+        resolved |= usage["String_ID"]["text"] == "ORDER";
+    EXPECT_TRUE(resolved);
+
     const SRun all = Run("layout " + demo);
     ASSERT_EQ(all.status, 0) << all.err;
     const std::string submodel =
@@ -150,10 +143,8 @@ TEST_F(CommandTest, LayoutPrintsTheSettingsOfOneOrEverySubmodel) {
     EXPECT_TRUE(OneLine(none.err)) << none.err;
     EXPECT_EQ(Run("layout " + demo + " --submodel 0").status, 2);
     EXPECT_EQ(Run("layout " + dir.File("missing.zmf")).status, 2);
-}
 
-TEST_F(CommandTest, RepoListsWhatAnExchangeWouldCarry) {
-    const std::string demo = Demo();
+    // repo: what an exchange would carry.
     const std::string modified =
         SqlValue(demo, "SELECT Object_ID FROM ObjectModification WHERE Modification_Kind = 2");
     const std::string guid =
@@ -165,10 +156,7 @@ TEST_F(CommandTest, RepoListsWhatAnExchangeWouldCarry) {
                "pending check-outs (1):", modified + " ", guid});
     EXPECT_EQ(Run("repo " + dir.File("missing.zmf")).status, 2);
     EXPECT_NE(Run("info " + demo).out.find(CountLine("pending check-outs", 1)), std::string::npos);
-}
 
-TEST_F(CommandTest, PropsListsAnObjectsPropertiesAndOverrides) {
-    const std::string demo = Demo();
     const std::string entity = SqlValue(demo, "SELECT TableRow_ID FROM MetaClass_Member");
     const SRun run = Run("props " + demo + " " + entity);
     ASSERT_EQ(run.status, 0) << run.err;
@@ -186,7 +174,7 @@ TEST_F(CommandTest, PropsListsAnObjectsPropertiesAndOverrides) {
     EXPECT_EQ(Run("props " + dir.File("missing.zmf") + " 1").status, 2);
 }
 
-TEST_F(CommandTest, PurgeDropsUnusedStringsAndSaysWhich) {
+TEST_F(CommandTest, PurgeUpgradeAndBadInputOnTheDemo) {
     const std::string demo = Demo();
     const std::string large = SqlValue(demo, "SELECT count(*) FROM LargeString");
     Sql(demo,
@@ -202,10 +190,8 @@ TEST_F(CommandTest, PurgeDropsUnusedStringsAndSaysWhich) {
     EXPECT_EQ(SqlValue(demo, "SELECT count(*) FROM SmallString WHERE String_ID = 500"), "0");
     EXPECT_EQ(SqlValue(demo, "SELECT count(*) FROM LargeString"), large);  // the demo's own
     EXPECT_NE(Run("check " + demo).out.find("0 strings a purge would drop"), std::string::npos);
-}
 
-TEST_F(CommandTest, UpgradeOlderVersions) {
-    const std::string demo = Demo();
+    // upgrade: older versions, to a new file or in place.
     const std::string guid =
         SqlValue(demo, "SELECT Object_GUID FROM UniqueObject WHERE Unique_Object_ID = 4");
     for (int version : {499, 500, 502}) {
@@ -233,23 +219,11 @@ TEST_F(CommandTest, UpgradeOlderVersions) {
     Sql(demo, "UPDATE zmf_meta SET value = 510 WHERE key = 'format_version'");
     ASSERT_EQ(Run("upgrade " + demo).status, 0);
     EXPECT_EQ(SqlValue(demo, "SELECT value FROM zmf_meta WHERE key='format_version'"), "530");
-}
 
-TEST_F(CommandTest, GenBuildsASoundModel) {
-    const std::string path = dir.File("gen.zmf");
-    const SRun run = Run("gen " + path + " --objects 3000 --seed 7");
-    ASSERT_EQ(run.status, 0) << run.err;
-    ExpectAll(run.out, {"3000 objects"});
-    EXPECT_EQ(SqlValue(path, "SELECT count(*) FROM UniqueObject"), "3000");
-    EXPECT_EQ(Run("check " + path).status, 0);
-    EXPECT_EQ(Run("gen " + dir.File("bad.zmf") + " --objects 1").status, 2);
-}
-
-TEST_F(CommandTest, BadInputGivesOneLineAndStatusTwo) {
+    // Bad input: one line and status 2, nothing written.
     const std::string missing = dir.File("missing.zmf");
     const std::string text = dir.File("text.zmf");
     std::ofstream(text) << "this is not a model file\n";
-    const std::string demo = Demo();
     const std::string truncated = dir.File("truncated.zmf");
     std::filesystem::copy_file(demo, truncated);
     std::filesystem::resize_file(truncated, std::filesystem::file_size(demo) - 1000);
@@ -275,6 +249,16 @@ TEST_F(CommandTest, BadInputGivesOneLineAndStatusTwo) {
     EXPECT_EQ(ReadText(text), "this is not a model file\n");  // nothing written
     EXPECT_FALSE(std::filesystem::exists(dir.File("g.zmf")));
     EXPECT_EQ(Run("info --help").status, 0);
+}
+
+TEST_F(CommandTest, GenBuildsASoundModel) {
+    const std::string path = dir.File("gen.zmf");
+    const SRun run = Run("gen " + path + " --objects 3000 --seed 7");
+    ASSERT_EQ(run.status, 0) << run.err;
+    ExpectAll(run.out, {"3000 objects"});
+    EXPECT_EQ(SqlValue(path, "SELECT count(*) FROM UniqueObject"), "3000");
+    EXPECT_EQ(Run("check " + path).status, 0);
+    EXPECT_EQ(Run("gen " + dir.File("bad.zmf") + " --objects 1").status, 2);
 }
 
 // The system items of a platform come from the templates beside the command; a

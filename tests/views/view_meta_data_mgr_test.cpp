@@ -102,7 +102,7 @@ std::vector<std::string> AllRows(CModelFile& model) {
     return rows;
 }
 
-TEST(ViewMetaData, DeletesCascadeToWhatCanNoLongerStand) {
+TEST(ViewMetaData, DeletesCascadeAndTheSelectIsWrittenFromTheRows) {
     auto model = CModelFile::CreateInMemory();
     CViewMetaDataMgr& views = model->GetViewMetaDataMgr();
     CGuidMgr& guids = model->GetGuidMgr();
@@ -141,14 +141,10 @@ TEST(ViewMetaData, DeletesCascadeToWhatCanNoLongerStand) {
     EXPECT_EQ(views.DeleteViewComponent(v.customer), 0);
     EXPECT_EQ(views.DeleteViewColumn(v.name), 0);
     EXPECT_EQ(views.DeleteViewField(v.fCount), 0);
-}
 
-TEST(ViewMetaData, TheSelectIsWrittenFromFieldsComponentsAndClauses) {
-    auto model = CModelFile::CreateInMemory();
-    CViewMetaDataMgr& views = model->GetViewMetaDataMgr();
-    const SOrdersView v = BuildOrdersView(views, 1);
+    // The SELECT is written from the fields, components and clauses of the other view.
     CString sql;
-    ASSERT_EQ(views.GetViewSelect(v.view, sql), 1);
+    ASSERT_EQ(views.GetViewSelect(other.view, sql), 1);
     EXPECT_STREQ(sql,
                  "SELECT DISTINCT c.name, c.id AS customer, c.id || '/' || customer_id, "
                  "COUNT(o.order_date) AS orders\n"
@@ -159,13 +155,13 @@ TEST(ViewMetaData, TheSelectIsWrittenFromFieldsComponentsAndClauses) {
                  "ORDER BY ORDERS.order_date DESC");
 
     // Texts and positions changed in place; a field whose column went shows as NULL.
-    views.GetViewComponentTable().SetText(v.customer, kViewComponentAlias, "");
-    views.UpdateViewField(v.fName, 9);
-    views.UpdateView(v.view, 1, 0);
-    views.GetViewTable().SetText(v.view, kViewHaving, "");
-    views.DeleteViewFieldColumn(views.GetFirstViewFieldColumnFKRow(v.view)->GetTechKey());
-    views.GetViewFieldTable().SetText(v.fCount, kViewFieldExpression, "");
-    ASSERT_EQ(views.GetViewSelect(v.view, sql), 1);
+    views.GetViewComponentTable().SetText(other.customer, kViewComponentAlias, "");
+    views.UpdateViewField(other.fName, 9);
+    views.UpdateView(other.view, 1, 0);
+    views.GetViewTable().SetText(other.view, kViewHaving, "");
+    views.DeleteViewFieldColumn(views.GetFirstViewFieldColumnFKRow(other.view)->GetTechKey());
+    views.GetViewFieldTable().SetText(other.fCount, kViewFieldExpression, "");
+    ASSERT_EQ(views.GetViewSelect(other.view, sql), 1);
     EXPECT_STREQ(sql,
                  "SELECT CUSTOMER.id AS customer, c.id || '/' || customer_id, "
                  "ORDERS.order_date AS orders, NULL AS name\n"

@@ -25,7 +25,7 @@ using tessmeta::test::TempDir;
 
 namespace {
 
-TEST(SqliteFile, BadInputGivesAnErrorNamingTheFileAndCause) {
+TEST(SqliteFile, BadReadOnlyTruncatedAndDamagedFilesGiveErrorsNamingTheFileAndCause) {
     TempDir dir;
     const std::string missing = dir.File("missing.zmf");
     EXPECT_EQ(OpenError(missing), missing + ": cannot open: no such file");
@@ -52,24 +52,41 @@ TEST(SqliteFile, BadInputGivesAnErrorNamingTheFileAndCause) {
     ASSERT_EQ(Sql(noColumn, "ALTER TABLE \"UniqueObject\" DROP COLUMN \"Model_ID\""), "");
     EXPECT_EQ(OpenError(noColumn),
               noColumn + ": damaged: table \"UniqueObject\" has no column \"Model_ID\"");
-}
 
-TEST(SqliteFile, TruncatedAndCorruptedFilesNeverCrash) {
-    TempDir dir;
-    const std::string path = dir.File("big.zmf");
+    // Saving to a read-only file fails cleanly; the file still loads.
+    const std::string readOnly = dir.File("ro.zmf");
     {
-        auto file = CZmfFile::Create(path);
+        auto created = CZmfFile::Create(readOnly);
+        SaveObjects(*created, 5, 0);
+    }
+    ASSERT_EQ(::chmod(readOnly.c_str(), 0444), 0);
+    auto roFile = OpenOk(readOnly);
+    ASSERT_TRUE(roFile);
+    EXPECT_TRUE(roFile->IsReadOnly());
+    EXPECT_EQ(roFile->GetTable("UniqueObject")->GetCount(), 5u);  // it still loads
+    EXPECT_EQ(roFile->GetEmptyTable("UniqueObject"), nullptr);
+    EXPECT_EQ(roFile->GetLastError(), readOnly + ": cannot save: the file is read-only");
+    roFile->SetFormatVersion(500);
+    EXPECT_FALSE(roFile->Commit());
+    roFile.reset();
+    ::chmod(readOnly.c_str(), 0644);
+    ExpectObjects(readOnly, 5, 0);
+
+    // Truncated and overwritten files never crash.
+    const std::string big = dir.File("big.zmf");
+    {
+        auto file = CZmfFile::Create(big);
         SaveObjects(*file, 20000, 0);
     }
-    const auto size = std::filesystem::file_size(path);
+    const auto size = std::filesystem::file_size(big);
 
     const std::string truncated = dir.File("truncated.zmf");
-    std::filesystem::copy_file(path, truncated);
+    std::filesystem::copy_file(big, truncated);
     std::filesystem::resize_file(truncated, size / 2);
     EXPECT_NE(OpenError(truncated).find(truncated + ": damaged: "), std::string::npos);
     // Only the last page gone: the schema still reads, the header gives it away.
     const std::string tail = dir.File("tail.zmf");
-    std::filesystem::copy_file(path, tail);
+    std::filesystem::copy_file(big, tail);
     std::filesystem::resize_file(tail, size - 100);
     EXPECT_EQ(OpenError(tail), tail + ": damaged: the file is truncated (" +
                                    std::to_string(size - 100) + " of " + std::to_string(size) +
@@ -78,46 +95,24 @@ TEST(SqliteFile, TruncatedAndCorruptedFilesNeverCrash) {
     // Garbage over the middle pages: opening may succeed, but reading reports the
     // damage instead of returning made-up rows, and Verify finds it.
     const std::string corrupted = dir.File("corrupted.zmf");
-    std::filesystem::copy_file(path, corrupted);
+    std::filesystem::copy_file(big, corrupted);
     {
         std::fstream f(corrupted, std::ios::in | std::ios::out | std::ios::binary);
         f.seekp(static_cast<std::streamoff>(size / 2));
         const std::string junk(64 * 1024, '\x5A');
         f.write(junk.data(), static_cast<std::streamsize>(junk.size()));
     }
-    std::string error;
-    auto file = CZmfFile::Open(corrupted, &error);
-    if (file) {
-        CUniqueObjectIterator it(file->GetTable("UniqueObject"));
+    auto damaged = CZmfFile::Open(corrupted, &error);
+    if (damaged) {
+        CUniqueObjectIterator it(damaged->GetTable("UniqueObject"));
         CUniqueObjectBase row;
         while (it.GetNext(&row)) {
         }
-        EXPECT_FALSE(file->Verify());
-        EXPECT_NE(file->GetLastError().find(corrupted + ": "), std::string::npos);
+        EXPECT_FALSE(damaged->Verify());
+        EXPECT_NE(damaged->GetLastError().find(corrupted + ": "), std::string::npos);
     } else {
         EXPECT_NE(error.find(corrupted + ": "), std::string::npos);
     }
-}
-
-TEST(SqliteFile, SavingToAReadOnlyFileFailsCleanly) {
-    TempDir dir;
-    const std::string path = dir.File("ro.zmf");
-    {
-        auto file = CZmfFile::Create(path);
-        SaveObjects(*file, 5, 0);
-    }
-    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
-    auto file = OpenOk(path);
-    ASSERT_TRUE(file);
-    EXPECT_TRUE(file->IsReadOnly());
-    EXPECT_EQ(file->GetTable("UniqueObject")->GetCount(), 5u);  // it still loads
-    EXPECT_EQ(file->GetEmptyTable("UniqueObject"), nullptr);
-    EXPECT_EQ(file->GetLastError(), path + ": cannot save: the file is read-only");
-    file->SetFormatVersion(500);
-    EXPECT_FALSE(file->Commit());
-    file.reset();
-    ::chmod(path.c_str(), 0644);
-    ExpectObjects(path, 5, 0);
 }
 
 }  // namespace

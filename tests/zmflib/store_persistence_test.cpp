@@ -88,7 +88,7 @@ TEST_P(StoreTest, EveryTableSurvivesCloseAndReopen) {
     }
 }
 
-TEST_P(StoreTest, VersionAndCountersPersistOnlyAtCommit) {
+TEST_P(StoreTest, CommitsWritesThroughAndAbsentTables) {
     const std::string path = NewLocation("v");
     {
         auto file = CZmfFile::Create(path);
@@ -107,20 +107,19 @@ TEST_P(StoreTest, VersionAndCountersPersistOnlyAtCommit) {
     auto file = OpenOk(path);
     EXPECT_EQ(file->GetFormatVersion(), 502u);
     EXPECT_EQ(file->GetIdentityMgr()->GetKeyValue(5), 1u);
-}
 
-TEST_P(StoreTest, InsertsOutsideASaveReachTheFileAtOnce) {
-    const std::string path = NewLocation("w");
-    auto file = CZmfFile::Create(path);
-    CTableBase* t = file->GetTable("ObjectModification");
+    // Inserts outside a save reach the store at once.
+    const std::string written = NewLocation("w");
+    auto store = CZmfFile::Create(written);
+    CTableBase* t = store->GetTable("ObjectModification");
     const int kind = CObjectModificationBase::Desc().keyKind;
-    CObjectModificationBase row(file->GetIdentityMgr()->AllocKeyValue(kind));
+    CObjectModificationBase row(store->GetIdentityMgr()->AllocKeyValue(kind));
     row.Object_ID = 42;
     row.Modification_Kind = 2;
     ASSERT_EQ(t->Insert(&row), 1);
 
     // Seen by another reader before any commit; the key counter came along.
-    auto reader = OpenOk(path);
+    auto reader = OpenOk(written);
     CObjectModificationIterator it(reader->GetTable("ObjectModification"));
     CObjectModificationBase read;
     ASSERT_EQ(it.GetNext(&read), 1);
@@ -131,19 +130,18 @@ TEST_P(StoreTest, InsertsOutsideASaveReachTheFileAtOnce) {
     read.Modification_Kind = 1;
     ASSERT_EQ(reader->GetTable("ObjectModification")->Update(&read), 1);
     CObjectModificationBase probe(row.ObjectModification_ID);
-    ASSERT_EQ(file->GetTable("ObjectModification")->Get(&probe), 1);
+    ASSERT_EQ(store->GetTable("ObjectModification")->Get(&probe), 1);
     EXPECT_EQ(probe.Modification_Kind, 1);
-}
 
-TEST_P(StoreTest, ATableAbsentFromTheFileReadsAsEmpty) {
-    const std::string path = NewLocation("a");
+    // A table absent from the store reads as empty.
+    const std::string partial = NewLocation("a");
     {
-        auto file = CZmfFile::Create(path);
+        auto file = CZmfFile::Create(partial);
         SaveObjects(*file, 3, 0);
     }
-    DropTable(path, "Proc");
+    DropTable(partial, "Proc");
     {
-        auto file = OpenOk(path);
+        auto file = OpenOk(partial);
         CTableBase* t = file->GetTable("Proc");
         EXPECT_EQ(t->GetCount(), 0u);
         EXPECT_EQ(t->GetStartPosition(), nullptr);
@@ -157,7 +155,7 @@ TEST_P(StoreTest, ATableAbsentFromTheFileReadsAsEmpty) {
         EXPECT_EQ(t->Insert(&row), 1);
         EXPECT_TRUE(file->Commit());
     }
-    EXPECT_EQ(OpenOk(path)->GetTable("Proc")->GetCount(), 1u);
+    EXPECT_EQ(OpenOk(partial)->GetTable("Proc")->GetCount(), 1u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Backends, StoreTest, ::testing::Values(Backend::Sqlite, Backend::Postgres),

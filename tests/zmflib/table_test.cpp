@@ -52,7 +52,7 @@ class TableTest : public ::testing::TestWithParam<Backend> {
     std::unique_ptr<CZmfFile> file;
 };
 
-TEST_P(TableTest, DuplicateKeysKeepStoredOrderAndFirstMatchWins) {
+TEST_P(TableTest, StoredOrderFirstMatchWalksAndIterators) {
     CTableBase* t = file->GetEmptyTable("StringUsage");
     ASSERT_NE(t, nullptr);
     InsertUsages(t, {{5, 50}, {3, 30}, {5, 51}, {9, 90}});
@@ -78,10 +78,9 @@ TEST_P(TableTest, DuplicateKeysKeepStoredOrderAndFirstMatchWins) {
     EXPECT_EQ(t->Delete(&absent), 0);
     EXPECT_EQ(t->GetCount(), 3u);
     EXPECT_TRUE(file->Commit()) << file->GetLastError();
-}
 
-TEST_P(TableTest, PositionalWalkAndIteratorsSeeRowsInOrder) {
-    CTableBase* t = file->GetEmptyTable("StringUsage");
+    // The positional walk and iterators see rows in order.
+    t = file->GetEmptyTable("StringUsage");
     EXPECT_EQ(t->GetStartPosition(), nullptr);
     InsertUsages(t, {{1, 10}, {2, 20}, {3, 30}});
 
