@@ -216,8 +216,15 @@ ULONG CStringTablePair::GetStringIdNoCase(std::string_view text) const {
 }
 
 bool CStringTablePair::GetText(ULONG id, CString& out) const {
+    std::string_view text;
+    if (!FindText(id, text)) return false;
+    out = text;
+    return true;
+}
+
+bool CStringTablePair::FindText(ULONG id, std::string_view& out) const {
     if (id == 0) {
-        out.Empty();
+        out = {};
         return true;
     }
     const CKelSmallString* row = m_pSmall->FindById(id);

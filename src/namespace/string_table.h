@@ -199,6 +199,9 @@ class CStringTablePair {
     // The text of `id`: the empty text for 0; false (and `out` untouched) for an id
     // that names no string.
     bool GetText(ULONG id, CString& out) const;
+    // The same without a copy: the view reads the row's own text and stays valid
+    // until that string changes or leaves the table.
+    bool FindText(ULONG id, std::string_view& out) const;
     // Enters `text` under `id` unless the id is taken (then nothing changes); 1, or
     // 0 for id 0. The id counter is not raised: copy only ids at or below it.
     int CopyToStringTable(std::string_view text, ULONG id);
