@@ -2,6 +2,8 @@
 // long, empty and unknown ids, and stays valid while the table grows.
 #include <gtest/gtest.h>
 
+#include <map>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -28,4 +30,26 @@ TEST(StringView, AgreesWithTheCopyAndOutlivesGrowth) {
         ns.AddToStringTable(("grown " + std::to_string(i)).c_str());
     for (std::size_t i = 0; i < views.size(); ++i)
         EXPECT_EQ(views[i], copies[i]) << i;
+}
+
+// Ids copied in out of order, close to and far beyond the ones handed out, then
+// more interning over them: every id answers as a reference map says.
+TEST(StringView, CopiedIdsNearAndFarMatchAReferenceMap) {
+    SLoaded m;
+    CNameSpaceMgr& ns = *m.ns;
+    std::map<LONG, std::string> expected;
+    std::mt19937 random(11);
+    for (int round = 0; round < 3000; ++round) {
+        const std::string text = "text " + std::to_string(round);
+        if (round % 3) {
+            expected[ns.AddToStringTable(text.c_str())] = text;
+            continue;
+        }
+        const LONG id = static_cast<LONG>(round % 2 ? random() % 20000 + 1 : random() % 4000000);
+        if (ns.CopyToStringTable(text.c_str(), id) && id && !expected.count(id))
+            expected[id] = text;
+    }
+    for (const auto& [id, text] : expected)
+        ASSERT_EQ(ns.GetStringView(id), text) << id;
+    EXPECT_EQ(ns.GetStringView(4000001), kInvalid);
 }
