@@ -2,7 +2,6 @@
 // repository modifications and views: what a working model of the generated size
 // holds besides its objects, each made through its manager's public calls.
 #include <cstdio>
-#include <random>
 #include <vector>
 
 #include "model/model_generator_detail.h"
@@ -103,36 +102,32 @@ void GenerateDictionary(CModelFile& model, const SGenerateOptions& options,
     }
 }
 
-// Three properties of a property type valid on entities, set on one entity in
-// five (a status from its allowed values, an owner, a review date); one member
-// per index naming the attribute it covers.
+// Three properties of a classification valid on entities, set on one entity in
+// five (a sensitivity from its allowed values, a retention in days, whether it
+// holds personal data); one member per index naming the attribute it covers.
 void GenerateMetadata(CModelFile& model, const SObjectsByKind& objects, CTextMaker& maker,
                       SGenerateSummary& summary) {
     CPropertyMgr& props = model.GetPropertyMgr();
     const ULONG entityTable = model.GetMetaTableTbl().GetTechKey(CEnhMetaTableTbl::Entity);
-    const ULONG governance = props.InsertPropertyType("Governance", "Who owns what");
-    const ULONG owner = props.DefineProperty(governance, "Data Owner", "", EPropertyDataType::Text);
-    const ULONG status = props.DefineProperty(governance, "Status", "", EPropertyDataType::Text);
-    const ULONG reviewed =
-        props.DefineProperty(governance, "Reviewed", "", EPropertyDataType::Date);
-    constexpr const char* kStatuses[] = {"Draft", "Approved", "Retired"};
-    for (const char* value : kStatuses)
-        props.AddAllowedValue(status, value);
-    for (ULONG property : {owner, status, reviewed})
+    const ULONG type = props.InsertPropertyType("Classification", "How the data is handled");
+    const ULONG properties[] = {
+        props.DefineProperty(type, "Sensitivity", "", EPropertyDataType::Text),
+        props.DefineProperty(type, "Retention Days", "", EPropertyDataType::Integer),
+        props.DefineProperty(type, "Personal Data", "", EPropertyDataType::Boolean)};
+    constexpr const char* kLevels[] = {"Public", "Internal", "Confidential"};
+    for (const char* value : kLevels)
+        props.AddAllowedValue(properties[0], value);
+    for (ULONG property : properties)
         props.SetPropertyValidForTable(property, entityTable);
-    auto set = [&](ULONG entity, ULONG property, const char* value) {
-        summary.propertyValues +=
-            props.InsertProperty(entityTable, entity, property, value) == EPropertyResult::Done;
-    };
-    char text[32];
+    char days[16];
     for (std::size_t i = 0; i < objects.entities.size(); i += 5) {
-        const ULONG entity = objects.entities[i];
-        set(entity, status, kStatuses[maker.Below(std::size(kStatuses))]);
-        std::snprintf(text, sizeof text, "Team %u", maker.Below(20) + 1);
-        set(entity, owner, text);
-        std::snprintf(text, sizeof text, "2025-%02u-%02u", maker.Below(12) + 1,
-                      maker.Below(28) + 1);
-        set(entity, reviewed, text);
+        std::snprintf(days, sizeof days, "%u", 30 * (maker.Below(24) + 1));
+        const char* values[] = {kLevels[maker.Below(std::size(kLevels))], days,
+                                maker.Chance(20) ? "true" : "false"};
+        for (std::size_t p = 0; p < std::size(properties); ++p)
+            summary.propertyValues += props.InsertProperty(entityTable, objects.entities[i],
+                                                           properties[p], values[p]) ==
+                                      EPropertyResult::Done;
     }
     CEnhMetaClassMemberTbl& members = model.GetMetaClassMemberTbl();
     const ULONG indexTable = model.GetMetaTableTbl().GetTechKey(CEnhMetaTableTbl::Indexes);
