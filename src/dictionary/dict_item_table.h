@@ -94,8 +94,8 @@ class CEnhDictItemTable : public CEnhTable<Traits> {
         for (auto it = begin; it != end; ++it) {
             Row* row = it->second;
             if (first && row->m_nSequence > first->m_nSequence) continue;
-            NameOf(*row, text);
-            if (tessmeta::EqualNoCase(text.View(), name) && accept(static_cast<const Row&>(*row)))
+            if (tessmeta::EqualNoCase(NameOf(*row, text), name) &&
+                accept(static_cast<const Row&>(*row)))
                 first = row;
         }
         return first;
@@ -177,9 +177,9 @@ class CEnhDictItemTable : public CEnhTable<Traits> {
     }
 
   private:
-    void NameOf(const Row& row, CString& text) {
-        this->GetNameSpace()->GetStringFromNameSpace(
-            text, static_cast<LONG>(row.*Traits::kTexts[0].column));
+    std::string_view NameOf(const Row& row, CString& scratch) {
+        return this->GetNameSpace()->GetStringView(static_cast<LONG>(row.*Traits::kTexts[0].column),
+                                                   scratch);
     }
     void FileLoadedNames() {
         if (m_namesFiled) return;
@@ -189,9 +189,8 @@ class CEnhDictItemTable : public CEnhTable<Traits> {
             FileName(this->GetNextRow(pos));
     }
     void FileName(Row* row) {
-        CString text;
-        NameOf(*row, text);
-        row->m_nNameHash = tessmeta::HashTextNoCase(text.View());
+        CString scratch;
+        row->m_nNameHash = tessmeta::HashTextNoCase(NameOf(*row, scratch));
         row->m_bNameFiled = true;
         m_byName.emplace(row->m_nNameHash, row);
     }

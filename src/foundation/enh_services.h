@@ -6,6 +6,8 @@
 // unique-object manager implement these interfaces; tests use stand-ins.
 #pragma once
 
+#include <string_view>
+
 #include "platform/cstring.h"
 #include "platform/types.h"
 
@@ -29,6 +31,13 @@ class INameSpaceService {
 
     // The text of a string id: empty for 0, an error text for an unknown id.
     virtual void GetStringFromNameSpace(CString& out, LONG id) = 0;
+    // The same text as a view, valid until the string changes or the next call that
+    // passes the same `scratch`; a service that keeps its texts returns a view of
+    // its own copy and leaves `scratch` alone.
+    virtual std::string_view GetStringView(LONG id, CString& scratch) {
+        GetStringFromNameSpace(scratch, id);
+        return scratch.View();
+    }
 
   protected:
     // Tables never own a service, so they never delete one through this interface.

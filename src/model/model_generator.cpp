@@ -1,8 +1,9 @@
 #include "model/model_generator.h"
 
 #include <cstdio>
-#include <random>
 #include <string>
+
+#include "model/model_generator_detail.h"
 
 namespace tessmeta {
 namespace {
@@ -32,28 +33,6 @@ constexpr const char* kWords[] = {"customer", "order",  "invoice", "product", "a
                                   "address",  "region", "payment", "status",  "date",    "amount",
                                   "supplier", "stock",  "price",   "note",    "the",     "of",
                                   "for",      "each",   "is",      "a",       "record",  "holds"};
-
-class CTextMaker {
-  public:
-    explicit CTextMaker(std::uint32_t seed) : m_random(seed) {}
-
-    // A sentence of `words` words; one call in four makes it 255 bytes or longer,
-    // which makes about one text in ten long once the (short) names are counted.
-    std::string Sentence(int words, bool& isLong) {
-        isLong = Chance(25);
-        std::string text;
-        while (static_cast<int>(text.size()) < (isLong ? 300 : 0) || words-- > 0) {
-            if (!text.empty()) text += ' ';
-            text += kWords[Below(std::size(kWords))];
-        }
-        return text;
-    }
-    bool Chance(unsigned percent) { return Below(100) < percent; }
-    unsigned Below(std::size_t n) { return static_cast<unsigned>(m_random() % n); }
-
-  private:
-    std::mt19937 m_random;
-};
 
 const SObjectKind& PickKind(CTextMaker& maker) {
     int total = 0;
@@ -147,16 +126,19 @@ SGenerateSummary GenerateModel(CModelFile& model, const SGenerateOptions& option
         addText(object, name, kind.nameUsage, false);
         bool isLong = false;
         if (kind.definitionUsage && maker.Chance(50)) {
-            const std::string text = maker.Sentence(8, isLong);
+            const std::string text = maker.Sentence(8, isLong, kWords);
             addText(object, text, kind.definitionUsage, isLong);
         }
         if (kind.noteUsage && maker.Chance(30)) {
-            const std::string text = maker.Sentence(5, isLong);
+            const std::string text = maker.Sentence(5, isLong, kWords);
             addText(object, text, kind.noteUsage, isLong);
         }
         ++summary.objects;
     }
-    if (options.everyManager) GenerateManagerShares(model, options, diagramId, summary);
+    if (options.everyManager) {
+        GenerateManagerShares(model, options, diagramId, summary);
+        GenerateMoreManagerShares(model, options, static_cast<ULONG>(modelId), summary);
+    }
     return summary;
 }
 

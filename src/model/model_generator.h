@@ -11,8 +11,9 @@ struct SGenerateOptions {
     std::uint64_t objects = 1000;  // unique objects in all, those the model had included
     std::uint32_t seed = 1;
     // Also fill the other managers with their shares of a working model: data
-    // dictionary reference values bound to attributes through dictionary links,
-    // colour overrides and the diagram's layout settings.
+    // dictionary reference values linked in chains, colour overrides, the diagram's
+    // layout settings, dictionary items of every kind with their bindings,
+    // properties with values, meta-class members, views and repository modifications.
     bool everyManager = false;
 };
 
@@ -24,6 +25,22 @@ struct SGenerateSummary {
     std::uint64_t dictionaryLinks = 0;
     std::uint64_t overrides = 0;
     std::uint64_t layoutSettings = 0;
+    // Dictionary items of the other kinds, and bindings of items to objects
+    // (domains to attributes, attachments to entities).
+    std::uint64_t domains = 0;
+    std::uint64_t defaults = 0;
+    std::uint64_t rules = 0;
+    std::uint64_t userDataTypes = 0;
+    std::uint64_t attachments = 0;
+    std::uint64_t libraries = 0;
+    std::uint64_t triggers = 0;
+    std::uint64_t procedures = 0;
+    std::uint64_t bindings = 0;
+    std::uint64_t propertyValues = 0;
+    std::uint64_t metaClassMembers = 0;  // index members (property values add their own)
+    std::uint64_t modifications = 0;
+    std::uint64_t views = 0;
+    std::uint64_t viewParts = 0;  // components, columns and fields
 };
 
 // Fills a model with a model object, a diagram with its domain, and objects of

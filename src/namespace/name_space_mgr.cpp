@@ -96,6 +96,12 @@ void CNameSpaceMgr::GetStringFromNameSpace(CString& out, LONG id) {
     if (!m_pStrings->GetText(static_cast<ULONG>(id), out)) out = GetInvalidStringValue();
 }
 
+std::string_view CNameSpaceMgr::GetStringView(LONG id) const {
+    std::string_view text;
+    return m_pStrings->FindText(static_cast<ULONG>(id), text) ? text
+                                                              : GetInvalidStringValue().View();
+}
+
 int CNameSpaceMgr::GetString(CString& out, int id) {
     GetStringFromNameSpace(out, static_cast<LONG>(id));
     return 1;

@@ -90,6 +90,13 @@ class CNameSpaceMgr : public INameSpaceService {
 
     // The text of an id: empty for 0, GetInvalidStringValue() for an unknown id.
     void GetStringFromNameSpace(CString& out, LONG id) override;
+    // The same text without a copy. The view reads the name space's own copy and
+    // stays valid until that string changes or goes (a purging save); copy it to
+    // keep it longer.
+    std::string_view GetStringView(LONG id) const;
+    std::string_view GetStringView(LONG id, CString& /*scratch*/) override {
+        return GetStringView(id);
+    }
     // The same; always 1.
     int GetString(CString& out, int id);
     // "ERROR: String not found in file".

@@ -1,6 +1,7 @@
 #include "namespace/string_table.h"
 
 #include <algorithm>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -21,6 +22,9 @@ template <class Row>
 void CEnhStringTable<Row>::Init(unsigned int bucketCount) {
     const UINT buckets = LoadBucketCount(bucketCount);
     m_byId.InitHashTable(buckets);
+    m_byIdDense.clear();
+    m_byIdDense.reserve(std::size_t{buckets} + 1);  // ids 1 to the stored row count
+    m_beyondDense = false;
     m_byText.InitHashTable(buckets);
     m_byTextNoCase.InitHashTable(buckets);
     m_byTextPending = m_byTextNoCasePending = true;
@@ -60,9 +64,33 @@ Row* CEnhStringTable<Row>::Enter(CRowPtr<Row> owned) {
     Row* row = owned.release();
     row->SetEnhTable(static_cast<typename Row::TableType*>(this));
     m_byId.Add(row);
+    EnterDense(row);
     if (!m_byTextPending) m_byText.Add(row);
     if (!m_byTextNoCasePending) m_byTextNoCase.Add(row);
     return row;
+}
+
+template <class Row>
+void CEnhStringTable<Row>::EnterDense(Row* row) {
+    const ULONG id = row->String_ID;
+    if (id < m_byIdDense.size()) {
+        m_byIdDense[id] = row;  // the map's rule: the row added last is found
+        return;
+    }
+    // Slots for at most twice the rows (and a first few thousand): 8 bytes a row.
+    const std::size_t limit = 2 * static_cast<std::size_t>(GetRowCount()) + 4096;
+    if (id >= limit) {
+        m_beyondDense = true;
+        return;
+    }
+    const std::size_t covered = m_byIdDense.size();
+    m_byIdDense.resize(std::min(limit, std::max<std::size_t>(id + 1, covered + covered / 4 + 64)));
+    if (m_beyondDense) {
+        for (std::size_t other = covered; other < m_byIdDense.size(); ++other)
+            m_byIdDense[other] = m_byId.Find(IdKey::Lookup(static_cast<ULONG>(other)));
+    } else {
+        m_byIdDense[id] = row;
+    }
 }
 
 template <class Row>
@@ -89,6 +117,7 @@ template <class Row>
 void CEnhStringTable<Row>::Purge(Row* row, SLostKeys& lost) {
     // A pending map is filed later from the rows still listed: nothing to undo.
     if (m_byId.Remove(row)) lost.byId.push_back(IdKey::Hash(IdKey::Of(row)));
+    SyncDense(row->String_ID);
     if (!m_byTextPending && m_byText.Remove(row))
         lost.byText.push_back(TextKey::Hash(TextKey::Of(row)));
     if (!m_byTextNoCasePending && m_byTextNoCase.Remove(row))
@@ -114,6 +143,9 @@ void CEnhStringTable<Row>::RefileShadowedRows(SLostKeys& lost) {
         for (auto it = candidates.rbegin(); it != candidates.rend(); ++it) {
             if (!map.Find(key.Of(*it))) map.Add(*it);
         }
+        if constexpr (std::is_same_v<decltype(key), IdKey>)
+            for (Row* row : candidates)
+                SyncDense(row->String_ID);
     };
     refile(m_byId, lost.byId, IdKey{});
     refile(m_byText, lost.byText, TextKey{});
@@ -216,8 +248,15 @@ ULONG CStringTablePair::GetStringIdNoCase(std::string_view text) const {
 }
 
 bool CStringTablePair::GetText(ULONG id, CString& out) const {
+    std::string_view text;
+    if (!FindText(id, text)) return false;
+    out = text;
+    return true;
+}
+
+bool CStringTablePair::FindText(ULONG id, std::string_view& out) const {
     if (id == 0) {
-        out.Empty();
+        out = {};
         return true;
     }
     const CKelSmallString* row = m_pSmall->FindById(id);

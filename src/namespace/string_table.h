@@ -21,6 +21,7 @@
 
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "foundation/enh_table.h"
 #include "foundation/enh_table_base.h"
@@ -63,7 +64,10 @@ class CEnhStringTable : public CEnhTableBase {
     using CEnhTableBase::Init;
     void Init(unsigned int bucketCount) override;
 
-    Row* FindById(ULONG id) const { return m_byId.Find(IdKey::Lookup(id)); }
+    Row* FindById(ULONG id) const {
+        if (id < m_byIdDense.size()) return m_byIdDense[id];
+        return m_beyondDense ? m_byId.Find(IdKey::Lookup(id)) : nullptr;
+    }
     Row* FindByText(std::string_view text) const {
         return FiledTextMap().Find(TextKey::Lookup(text));
     }
@@ -112,7 +116,18 @@ class CEnhStringTable : public CEnhTableBase {
     template <class Map>
     void File(Map& map, bool& pending) const;
 
+    // The id map's answers for the ids below the vector's size, one slot each: ids
+    // are handed out in order, so for them a slot is one read where the map walks a
+    // bucket and a node. Ids far above the row count (a sparse copied range) stay in
+    // the map alone, and m_beyondDense says that some may.
+    void EnterDense(Row* row);
+    void SyncDense(ULONG id) {
+        if (id < m_byIdDense.size()) m_byIdDense[id] = m_byId.Find(IdKey::Lookup(id));
+    }
+
     IdMap m_byId;
+    std::vector<Row*> m_byIdDense;
+    bool m_beyondDense = false;
     mutable TextMap m_byText;
     mutable NoCaseMap m_byTextNoCase;
     mutable bool m_byTextPending = false;
@@ -199,6 +214,9 @@ class CStringTablePair {
     // The text of `id`: the empty text for 0; false (and `out` untouched) for an id
     // that names no string.
     bool GetText(ULONG id, CString& out) const;
+    // The same without a copy: the view reads the row's own text and stays valid
+    // until that string changes or leaves the table.
+    bool FindText(ULONG id, std::string_view& out) const;
     // Enters `text` under `id` unless the id is taken (then nothing changes); 1, or
     // 0 for id 0. The id counter is not raised: copy only ids at or below it.
     int CopyToStringTable(std::string_view text, ULONG id);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 
 namespace {
 
@@ -34,6 +35,7 @@ CNodePool::CNodePool(std::size_t nodeSize, int blockSize)
 }
 
 void CNodePool::Grow() {
+    m_ranges.reserve(m_ranges.size() + 1);  // may throw; nothing allocated yet
     std::size_t bytes = kHeader + m_nodeSize * m_nextBlockNodes;
     void* memory = nullptr;
     bool mapped = false;
@@ -48,6 +50,8 @@ void CNodePool::Grow() {
     m_blocks = ::new (memory) Block{m_blocks, bytes, mapped};
     m_next = static_cast<char*>(memory) + kHeader;
     m_end = m_next + (bytes - kHeader) / m_nodeSize * m_nodeSize;
+    const std::pair<const char*, const char*> range{m_next, static_cast<char*>(memory) + bytes};
+    m_ranges.insert(std::upper_bound(m_ranges.begin(), m_ranges.end(), range), range);
 }
 
 void CNodePool::Reset() noexcept {
@@ -59,6 +63,7 @@ void CNodePool::Reset() noexcept {
         else
             ::operator delete(block);
     }
+    m_ranges.clear();
     m_free = nullptr;
     m_next = m_end = nullptr;
     m_nextBlockNodes = static_cast<std::size_t>(m_blockSize);
@@ -66,9 +71,11 @@ void CNodePool::Reset() noexcept {
 
 bool CNodePool::Owns(const void* p) const noexcept {
     const auto* byte = static_cast<const char*>(p);
-    for (const Block* block = m_blocks; block; block = block->next) {
-        const auto* begin = reinterpret_cast<const char*>(block);
-        if (byte >= begin + kHeader && byte < begin + block->bytes) return true;
-    }
-    return false;
+    // The last block starting at or before `byte`.
+    auto after = std::upper_bound(
+        m_ranges.begin(), m_ranges.end(), byte,
+        [](const char* address, const auto& range) { return std::less<>()(address, range.first); });
+    if (after == m_ranges.begin()) return false;
+    --after;
+    return std::less_equal<>()(after->first, byte) && std::less<>()(byte, after->second);
 }
