@@ -125,9 +125,9 @@ void GenerateMetadata(CModelFile& model, const SObjectsByKind& objects, CTextMak
         const char* values[] = {kLevels[maker.Below(std::size(kLevels))], days,
                                 maker.Chance(20) ? "true" : "false"};
         for (std::size_t p = 0; p < std::size(properties); ++p)
-            summary.propertyValues += props.InsertProperty(entityTable, objects.entities[i],
-                                                           properties[p], values[p]) ==
-                                      EPropertyResult::Done;
+            summary.propertyValues +=
+                props.InsertProperty(entityTable, objects.entities[i], properties[p], values[p]) ==
+                EPropertyResult::Done;
     }
     CEnhMetaClassMemberTbl& members = model.GetMetaClassMemberTbl();
     const ULONG indexTable = model.GetMetaTableTbl().GetTechKey(CEnhMetaTableTbl::Indexes);
