@@ -151,7 +151,7 @@ void GenerateModifications(CModelFile& model, CTextMaker& maker, SGenerateSummar
     }
 }
 
-// One view per 1,000 objects over two entities: two components, four columns,
+// One view per 100 entities, over two of them: two components, four columns,
 // three fields (two of columns, one an expression) and two column usages.
 void GenerateViews(CModelFile& model, ULONG modelId, const SObjectsByKind& objects,
                    CTextMaker& maker, SGenerateSummary& summary) {
@@ -180,7 +180,7 @@ void GenerateViews(CModelFile& model, ULONG modelId, const SObjectsByKind& objec
         views.InsertViewField(view, "total", "SUM(o.amount)", 3);
         views.InsertViewColumnUsage(id, kViewClauseWhere, 1, 0);
         views.InsertViewColumnUsage(customer, kViewClauseWhere, 2, 0);
-        summary.viewParts += 2 + 4 + 3;
+        summary.viewParts += 2 + 4 + 3;  // components, columns, fields
     }
 }
 

@@ -14,8 +14,8 @@ constexpr std::size_t RoundUp(std::size_t n, std::size_t align) {
 
 }  // namespace
 
+// Each block starts with this header; the blocks themselves are listed by m_ranges.
 struct CNodePool::Block {
-    Block* next;
     std::size_t bytes;  // the whole block, header included
     bool mapped;        // from AllocateHugeBlock, else from operator new
 };
@@ -47,7 +47,7 @@ void CNodePool::Grow() {
         m_nextBlockNodes *= 2;
     }
     if (!memory) memory = ::operator new(bytes);
-    m_blocks = ::new (memory) Block{m_blocks, bytes, mapped};
+    ::new (memory) Block{bytes, mapped};
     m_next = static_cast<char*>(memory) + kHeader;
     m_end = m_next + (bytes - kHeader) / m_nodeSize * m_nodeSize;
     const std::pair<const char*, const char*> range{m_next, static_cast<char*>(memory) + bytes};
@@ -55,9 +55,8 @@ void CNodePool::Grow() {
 }
 
 void CNodePool::Reset() noexcept {
-    while (m_blocks) {
-        Block* block = m_blocks;
-        m_blocks = block->next;
+    for (const auto& range : m_ranges) {
+        auto* block = reinterpret_cast<Block*>(const_cast<char*>(range.first) - kHeader);
         if (block->mapped)
             tessmeta::FreeHugeBlock(block, block->bytes);
         else

@@ -69,8 +69,8 @@ class CNodePool {
 
     void Grow();
 
-    Block* m_blocks = nullptr;
-    // [first node, end of block) of every block, ordered by address.
+    // [first node, end of block) of every block, ordered by address: the one list
+    // of the pool's blocks.
     std::vector<std::pair<const char*, const char*>> m_ranges;
     FreeNode* m_free = nullptr;
     char* m_next = nullptr;  // fresh nodes of the newest block: [m_next, m_end)
