@@ -578,21 +578,28 @@ bool CSqliteZmfFile::Configure() {
     // Rollback journal with full syncs: a commit is durable once it returns, and a
     // process killed mid-save leaves a hot journal that the next open rolls back.
     // See docs/decisions.md for the measurements behind these settings.
-    return Exec(
-        "PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL;"
-        " PRAGMA cache_size=-65536; PRAGMA temp_store=MEMORY;",
-        "cannot configure");
+    if (!Exec("PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA temp_store=MEMORY;",
+              "cannot configure"))
+        return false;
+    UseSmallCache(false);
+    return true;
 }
 
-// A load reads each page once: a cache of 2 MiB instead of 64 holds what a scan
-// needs, and its buffers are reused instead of fresh memory being touched for every
-// page read (docs/decisions.md).
+// A load reads each page once and a save writes each page once: a cache of 2 MiB
+// instead of 64 holds what either needs, and its buffers are recycled instead of
+// fresh memory being touched for every page (docs/decisions.md). Other work (edits
+// written through, reads by position) keeps the large cache.
+void CSqliteZmfFile::UseSmallCache(bool small) {
+    sqlite3_exec(m_db, small ? "PRAGMA cache_size=-2048" : "PRAGMA cache_size=-65536", nullptr,
+                 nullptr, nullptr);
+}
+
 void CSqliteZmfFile::BeginBulkRead() {
-    sqlite3_exec(m_db, "PRAGMA cache_size=-2048", nullptr, nullptr, nullptr);
+    UseSmallCache(true);
 }
 
 void CSqliteZmfFile::EndBulkRead() {
-    sqlite3_exec(m_db, "PRAGMA cache_size=-65536", nullptr, nullptr, nullptr);
+    UseSmallCache(false);
 }
 
 bool CSqliteZmfFile::CreateSchema() {
@@ -722,7 +729,9 @@ bool CSqliteZmfFile::StartWriting(const char* what) {
 }
 
 bool CSqliteZmfFile::BeginSave() {
-    return StartWriting("cannot start saving");
+    if (!StartWriting("cannot start saving")) return false;
+    UseSmallCache(true);
+    return true;
 }
 
 bool CSqliteZmfFile::CommitSave() {
@@ -734,8 +743,10 @@ bool CSqliteZmfFile::CommitSave() {
     if (!PersistBookkeeping() || !Exec(counted.c_str(), "cannot save") ||
         !Exec("COMMIT", "cannot commit")) {
         sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+        UseSmallCache(false);
         return false;
     }
+    UseSmallCache(false);
     ++m_saveGeneration;
     ForEachTable([](CTableBase& t) { t.ClearSizeEstimateDirty(); });
     GetIdentityMgr()->ClearDirty();
@@ -745,6 +756,7 @@ bool CSqliteZmfFile::CommitSave() {
 
 void CSqliteZmfFile::AbandonSave() {
     sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    UseSmallCache(false);
     ForEachTable([](CTableBase& t) { static_cast<CSqliteTable&>(t).DropPending(); });
     // Tables the save created are gone with it.
     m_existing.clear();

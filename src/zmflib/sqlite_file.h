@@ -53,6 +53,7 @@ class CSqliteZmfFile final : public CZmfFile {
     CSqliteZmfFile(std::string path, DWORD formatVersion, bool readOnly, sqlite3* db);
 
     bool Configure();
+    void UseSmallCache(bool small);
     bool CreateSchema();
     bool LoadBookkeeping();
     bool CheckTables();
