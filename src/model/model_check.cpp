@@ -78,10 +78,13 @@ SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
     // passes need of them is kept here.
     std::vector<SRepeatedKeys> repeated = {
         {"SmallString", {}}, {"StringUsage", {}}, {"UniqueObject", {}}};
+    std::vector<DWORD>& repeatedStrings = repeated[0].keys;
+    std::vector<DWORD>& repeatedUsages = repeated[1].keys;
+    std::vector<DWORD>& repeatedObjects = repeated[2].keys;
     CIdSet strings, usages, usageTypes, objects, types, domains, usedStrings;
     std::vector<DWORD> unprotected;  // strings only a usage keeps, in stored order
     ForEachRow<CSmallStringBase>(file, "SmallString", [&](const CSmallStringBase& r) {
-        if (!strings.Insert(r.String_ID)) repeated[0].keys.push_back(r.String_ID);
+        if (!strings.Insert(r.String_ID)) repeatedStrings.push_back(r.String_ID);
         if (r.Text.GetLength() >= kPurgeProofLength || static_cast<LONG>(r.Large_Flag) != 0)
             unprotected.push_back(r.String_ID);
     });
@@ -96,7 +99,7 @@ SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
     });
 
     ForEachRow<CUniqueObjectBase>(file, "UniqueObject", [&](const CUniqueObjectBase& r) {
-        if (!objects.Insert(r.Unique_Object_ID)) repeated[2].keys.push_back(r.Unique_Object_ID);
+        if (!objects.Insert(r.Unique_Object_ID)) repeatedObjects.push_back(r.Unique_Object_ID);
         const auto type = static_cast<DWORD>(static_cast<LONG>(r.Object_Type_ID));
         if (!types.Contains(type))
             out.Add(ECheckKind::ObjectWithUnknownType, "UniqueObject",
@@ -110,7 +113,7 @@ SCheckReport CheckModelFile(CZmfFile& file, std::size_t detailLimit) {
     });
 
     ForEachRow<CStringUsageBase>(file, "StringUsage", [&](const CStringUsageBase& r) {
-        if (!usages.Insert(r.String_Usage_ID)) repeated[1].keys.push_back(r.String_Usage_ID);
+        if (!usages.Insert(r.String_Usage_ID)) repeatedUsages.push_back(r.String_Usage_ID);
         usedStrings.Insert(r.String_ID);
         if (strings.Contains(r.String_ID) && usageTypes.Contains(r.String_Usage_Type_ID) &&
             objects.Contains(r.Object_ID))
