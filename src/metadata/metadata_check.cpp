@@ -1,15 +1,14 @@
 #include "metadata/metadata_check.h"
 
 #include <string>
-#include <unordered_set>
 
 namespace tessmeta {
 namespace {
 
 template <class Row>
-std::unordered_set<DWORD> StoredKeys(CZmfFile& file) {
-    std::unordered_set<DWORD> keys;
-    ForEachRow<Row>(file, Row::Desc().name, [&](const Row& row) { keys.insert(row.GetTechKey()); });
+CIdSet StoredKeys(CZmfFile& file) {
+    CIdSet keys;
+    ForEachRow<Row>(file, Row::Desc().name, [&](const Row& row) { keys.Insert(row.GetTechKey()); });
     return keys;
 }
 
@@ -17,10 +16,9 @@ std::unordered_set<DWORD> StoredKeys(CZmfFile& file) {
 // "row <key>: <what> <id> <missing>".
 template <class Row>
 void CheckReferences(CZmfFile& file, CReporter& out, ECheckKind kind, DWORD Row::*column,
-                     const std::unordered_set<DWORD>& known, const char* what,
-                     const char* missing) {
+                     const CIdSet& known, const char* what, const char* missing) {
     ForEachRow<Row>(file, Row::Desc().name, [&](const Row& row) {
-        if (known.count(row.*column)) return;
+        if (known.Contains(row.*column)) return;
         out.Add(kind, Row::Desc().name,
                 "row " + std::to_string(row.GetTechKey()) + ": " + what + " " +
                     std::to_string(row.*column) + " " + missing);
@@ -28,14 +26,14 @@ void CheckReferences(CZmfFile& file, CReporter& out, ECheckKind kind, DWORD Row:
 }
 
 template <class Row>
-void CheckCodeObjects(CZmfFile& file, CReporter& out, const std::unordered_set<DWORD>& objects) {
+void CheckCodeObjects(CZmfFile& file, CReporter& out, const CIdSet& objects) {
     CheckReferences<Row>(file, out, ECheckKind::CodeObjectWithoutModel, &Row::Model_ID, objects,
                          "model", "is not a unique object");
 }
 
 }  // namespace
 
-void CheckMetadataTables(CZmfFile& file, CReporter& out) {
+void CheckMetadataTables(CZmfFile& file, const CIdSet& objects, CReporter& out) {
     CheckReferences<CMetaClass_MemberBase>(
         file, out, ECheckKind::MemberWithoutMetaTable, &CMetaClass_MemberBase::MetaTable_ID,
         StoredKeys<CMetaTableBase>(file), "meta table", "does not exist");
@@ -48,7 +46,6 @@ void CheckMetadataTables(CZmfFile& file, CReporter& out) {
                                          &CProperty_UsageBase::Property_ID, properties, "property",
                                          "does not exist");
 
-    const auto objects = StoredKeys<CUniqueObjectBase>(file);
     CheckCodeObjects<CStorage_ObjectBase>(file, out, objects);
     CheckCodeObjects<CProcBase>(file, out, objects);
     CheckCodeObjects<CDbPackageBase>(file, out, objects);

@@ -9,7 +9,7 @@ namespace tessmeta {
 
 // Reports members whose meta table is not stored, allowed values and object values
 // ("Property_Value", "Property_Usage") whose property is not stored, and code
-// objects whose model is not a unique object.
-void CheckMetadataTables(CZmfFile& file, CReporter& out);
+// objects whose model is not a unique object; `objects` holds every unique object id.
+void CheckMetadataTables(CZmfFile& file, const CIdSet& objects, CReporter& out);
 
 }  // namespace tessmeta

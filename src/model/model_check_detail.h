@@ -3,10 +3,10 @@
 
 #include <cstddef>
 #include <string>
-#include <unordered_set>
 #include <utility>
 
 #include "model/model_check.h"
+#include "model/model_check_ids.h"
 #include "zmflib/iterators.h"
 #include "zmflib/rows.h"
 
@@ -43,6 +43,6 @@ void ForEachRow(CZmfFile& file, const char* table, Visit&& visit) {
 // The checks of the data dictionary and its bindings.
 void CheckDictionary(CZmfFile& file, CReporter& out);
 // The checks of the repository bookkeeping; `objects` holds every unique object id.
-void CheckRepository(CZmfFile& file, const std::unordered_set<DWORD>& objects, CReporter& out);
+void CheckRepository(CZmfFile& file, const CIdSet& objects, CReporter& out);
 
 }  // namespace tessmeta

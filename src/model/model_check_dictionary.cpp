@@ -12,13 +12,11 @@
 namespace tessmeta {
 namespace {
 
-using CIdSet = std::unordered_set<DWORD>;
-
 template <class Row>
 void CheckItemsRegistered(CZmfFile& file, const char* table, const CIdSet& registry,
                           CReporter& out) {
     ForEachRow<Row>(file, table, [&](const Row& row) {
-        if (!registry.count(row.Dictionary_Object_ID))
+        if (!registry.Contains(row.Dictionary_Object_ID))
             out.Add(ECheckKind::DictItemWithoutRegistryRow, table,
                     "row " + std::to_string(row.GetTechKey()) + ": registry id " +
                         std::to_string(row.Dictionary_Object_ID) + " does not exist");
@@ -46,10 +44,10 @@ struct SAttachmentRules {
 SAttachmentRules CheckAttachments(CZmfFile& file, CReporter& out) {
     CIdSet types;
     ForEachRow<CAttachment_TypeBase>(
-        file, "Attachment_Type", [&](const auto& row) { types.insert(row.Attachment_Type_ID); });
+        file, "Attachment_Type", [&](const auto& row) { types.Insert(row.Attachment_Type_ID); });
     SAttachmentRules rules;
     ForEachRow<CValid_Attachment_TypeBase>(file, "Valid_Attachment_Type", [&](const auto& row) {
-        if (!types.count(row.Attachment_Type_ID))
+        if (!types.Contains(row.Attachment_Type_ID))
             out.Add(ECheckKind::ValidAttachmentTypeWithoutType, "Valid_Attachment_Type",
                     "row " + std::to_string(row.Valid_Attachment_Type_ID) + ": attachment type " +
                         std::to_string(row.Attachment_Type_ID) + " does not exist");
@@ -57,7 +55,7 @@ SAttachmentRules CheckAttachments(CZmfFile& file, CReporter& out) {
             static_cast<DWORD>(BoundMetaTableOfValidType(static_cast<int>(row.Meta_Table_ID))));
     });
     ForEachRow<CAttachmentBase>(file, "Attachment", [&](const auto& row) {
-        if (!types.count(row.Attachment_Type_ID))
+        if (!types.Contains(row.Attachment_Type_ID))
             out.Add(ECheckKind::AttachmentWithoutType, "Attachment",
                     "row " + std::to_string(row.Attachment_ID) + ": attachment type " +
                         std::to_string(row.Attachment_Type_ID) + " does not exist");
@@ -71,19 +69,19 @@ SAttachmentRules CheckAttachments(CZmfFile& file, CReporter& out) {
 void CheckDictionary(CZmfFile& file, CReporter& out) {
     CIdSet kinds, dictionaries, registry;
     ForEachRow<CDictionary_Object_TypeBase>(file, "Dictionary_Object_Type", [&](const auto& row) {
-        kinds.insert(row.Dictionary_Object_Type_ID);
+        kinds.Insert(row.Dictionary_Object_Type_ID);
     });
     ForEachRow<CData_DictionaryBase>(file, "Data_Dictionary", [&](const auto& row) {
-        dictionaries.insert(row.Data_Dictionary_ID);
+        dictionaries.Insert(row.Data_Dictionary_ID);
     });
     ForEachRow<CDictionary_ObjectBase>(file, "Dictionary_Object", [&](const auto& row) {
-        registry.insert(row.Dictionary_Object_ID);
+        registry.Insert(row.Dictionary_Object_ID);
         const std::string id = "registry id " + std::to_string(row.Dictionary_Object_ID);
-        if (!kinds.count(row.Dictionary_Object_Type_ID))
+        if (!kinds.Contains(row.Dictionary_Object_Type_ID))
             out.Add(
                 ECheckKind::DictObjectWithUnknownKind, "Dictionary_Object",
                 id + ": kind " + std::to_string(row.Dictionary_Object_Type_ID) + " does not exist");
-        if (!dictionaries.count(row.Data_Dictionary_ID))
+        if (!dictionaries.Contains(row.Data_Dictionary_ID))
             out.Add(ECheckKind::DictObjectWithUnknownDictionary, "Dictionary_Object",
                     id + ": data dictionary " + std::to_string(row.Data_Dictionary_ID) +
                         " does not exist");
@@ -100,7 +98,7 @@ void CheckDictionary(CZmfFile& file, CReporter& out) {
     const SAttachmentRules attachments = CheckAttachments(file, out);
     ForEachRow<CBound_Dictionary_ObjectBase>(file, "Bound_Dictionary_Object", [&](const auto& row) {
         const std::string binding = "binding " + std::to_string(row.Bound_Dictionary_Object_ID);
-        if (!registry.count(row.Dictionary_Object_ID))
+        if (!registry.Contains(row.Dictionary_Object_ID))
             out.Add(ECheckKind::BindingWithoutDictObject, "Bound_Dictionary_Object",
                     binding + ": registry id " + std::to_string(row.Dictionary_Object_ID) +
                         " does not exist");

@@ -1,7 +1,6 @@
 // Checks of the repository bookkeeping: links against relationships, relationships,
 // modifications and pending check-outs against the unique objects.
 #include <string>
-#include <unordered_set>
 
 #include "model/model_check_detail.h"
 
@@ -11,9 +10,9 @@ namespace {
 // Rows of `table` whose Object_ID is not a unique object.
 template <class Row>
 void CheckObjectKnown(CZmfFile& file, const char* table, const char* noun, ECheckKind kind,
-                      const std::unordered_set<DWORD>& objects, CReporter& out) {
+                      const CIdSet& objects, CReporter& out) {
     ForEachRow<Row>(file, table, [&](const Row& row) {
-        if (!objects.count(row.Object_ID))
+        if (!objects.Contains(row.Object_ID))
             out.Add(kind, table,
                     std::string(noun) + " " + std::to_string(row.GetTechKey()) + ": object " +
                         std::to_string(row.Object_ID) + " is not a unique object");
@@ -22,12 +21,12 @@ void CheckObjectKnown(CZmfFile& file, const char* table, const char* noun, EChec
 
 }  // namespace
 
-void CheckRepository(CZmfFile& file, const std::unordered_set<DWORD>& objects, CReporter& out) {
-    std::unordered_set<DWORD> relationships;
+void CheckRepository(CZmfFile& file, const CIdSet& objects, CReporter& out) {
+    CIdSet relationships;
     ForEachRow<CInterModelRelationshipBase>(
         file, "InterModelRelationship", [&](const CInterModelRelationshipBase& row) {
-            relationships.insert(row.InterModelRelationship_ID);
-            if (!objects.count(row.Global_User_ID))
+            relationships.Insert(row.InterModelRelationship_ID);
+            if (!objects.Contains(row.Global_User_ID))
                 out.Add(ECheckKind::RelationshipWithoutObject, "InterModelRelationship",
                         "relationship " + std::to_string(row.InterModelRelationship_ID) +
                             ": object " + std::to_string(row.Global_User_ID) +
@@ -35,7 +34,7 @@ void CheckRepository(CZmfFile& file, const std::unordered_set<DWORD>& objects, C
         });
     ForEachRow<CInterModelObjectLinkBase>(
         file, "InterModelObjectLink", [&](const CInterModelObjectLinkBase& row) {
-            if (!relationships.count(row.InterModelRelationship_ID))
+            if (!relationships.Contains(row.InterModelRelationship_ID))
                 out.Add(ECheckKind::LinkWithoutRelationship, "InterModelObjectLink",
                         "link " + std::to_string(row.InterModelObjectLink_ID) + ": relationship " +
                             std::to_string(row.InterModelRelationship_ID) + " does not exist");
