@@ -88,6 +88,8 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
         }
     }
     m_byId.InitHashTable(buckets, TRUE);
+    m_byIdSlots.Clear();
+    if (CTableBase* stored = *this) m_byIdSlots.Reserve(stored->GetCount() + std::size_t{1});
     if (m_pByGuid) m_pByGuid->InitHashTable(buckets, TRUE);
 
     const bool storedGuids = m_nFileVersion >= kFirstVersionWithGuids;
@@ -130,7 +132,10 @@ CKelUniqueObject* CEnhUniqueObjectTable::EnterRow(CRowPtr<CKelUniqueObject> owne
     CKelUniqueObject* row = owned.release();
     row->SetEnhTable(this);
     CKelUniqueObject*& byId = m_byId[row->Unique_Object_ID];
-    if (!byId) byId = row;
+    if (!byId) {
+        byId = row;
+        SyncSlot(row->Unique_Object_ID, row);
+    }
     if (!m_pOwner->IsNilGUIDStored() && (IsNilGuid(row->ObjectGuid) || IsNilGuid(row->VersionGuid)))
         m_pOwner->MarkNilGUIDStored();
     RaiseNextKey(row->Unique_Object_ID);
@@ -146,6 +151,7 @@ int CEnhUniqueObjectTable::Delete(ULONG id) {
     CKelUniqueObject* row = GetRow(id);
     if (!row) return 0;
     m_byId.RemoveKey(id);
+    SyncSlot(id, nullptr);
     if (m_pByGuid && GetIdByGuid(row->ObjectGuid) == id) m_pByGuid->RemoveKey(row->ObjectGuid);
     if (m_pCurrent == row) m_pCurrent = nullptr;
     Remove(row);

@@ -6,7 +6,8 @@
 //
 // Rows live in the base's row list, which owns them (load order, then creation
 // order), and are found through two maps:
-//   - by id: bucket = id mod count;
+//   - by id: bucket = id mod count; lookups read a slot per id beside it
+//     (id_slots.h), which mirrors the map's answers;
 //   - by object GUID, only when the owner keeps one. Its hash mixes all 16 bytes.
 //     (Summing the bytes, the obvious choice, has only 4,081 possible values: a
 //     million objects would share 4,081 chains of about 245 each.)
@@ -28,6 +29,7 @@
 #include <memory>
 
 #include "foundation/enh_table.h"
+#include "identity/id_slots.h"
 #include "identity/id_traits.h"
 #include "platform/cmap.h"
 #include "platform/guid.h"
@@ -60,7 +62,9 @@ struct SGuidHashTraits {
         h ^= h >> 29;
         return static_cast<UINT>(h ^ (h >> 32));
     }
-    static bool Equal(const GUID& stored, const GUID& guid) { return stored == guid; }
+    static bool Equal(const GUID& stored, const GUID& guid) {
+        return std::memcmp(&stored, &guid, sizeof(GUID)) == 0;
+    }
 };
 
 class CEnhUniqueObjectTable : public CEnhTableBase {
@@ -95,9 +99,7 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     int GetCleanedObjCount() const { return m_nCleanedObjCount; }
 
     CKelUniqueObject* GetRow(ULONG id) const {
-        CKelUniqueObject* row = nullptr;
-        m_byId.Lookup(id, row);
-        return row;
+        return m_byIdSlots.Find(id, [this](ULONG beyond) { return MapFind(beyond); });
     }
     // The id filed under `guid`; 0 when there is none or no GUID map.
     ULONG GetIdByGuid(const GUID& guid) const {
@@ -129,6 +131,16 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     const GuidMap* GetGuidMap() const { return m_pByGuid.get(); }
 
   private:
+    CKelUniqueObject* MapFind(ULONG id) const {
+        CKelUniqueObject* row = nullptr;
+        m_byId.Lookup(id, row);
+        return row;
+    }
+    // The id map's answer for `id` changed: the slots follow it.
+    void SyncSlot(ULONG id, CKelUniqueObject* row) {
+        m_byIdSlots.Set(id, row, static_cast<std::size_t>(GetRowCount()),
+                        [this](ULONG other) { return MapFind(other); });
+    }
     // Takes a row into the list and the id map (not the GUID map).
     CKelUniqueObject* EnterRow(CRowPtr<CKelUniqueObject> row);
     // Files a row in the GUID map unless its GUID is taken.
@@ -139,6 +151,7 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     void RenewObjectGuid(CKelUniqueObject& row);
 
     IdMap m_byId{10};
+    CIdSlots<CKelUniqueObject> m_byIdSlots;
     std::unique_ptr<GuidMap> m_pByGuid;  // null unless the owner keeps one
     CKelUniqueObject* m_pCurrent = nullptr;
     CGuidMgr* m_pOwner;  // not owned
