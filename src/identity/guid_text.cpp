@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -61,9 +62,11 @@ constexpr std::uint16_t SwapBytes(std::uint16_t half) {
 }
 
 // Reads 32 digits; false (guid untouched) when any is not a hex digit. Lookups by
-// GUID text run this once each, so it is a straight line of register arithmetic:
-// the fewer instructions a lookup takes, the more lookups the processor overlaps
-// while each waits for its bucket.
+// GUID text run this once each, so it is a straight line of register arithmetic,
+// and the GUID is written as two 8-byte halves: the hash reads it back as those
+// halves, and a read that had to be pieced together from narrower writes would wait
+// for them to retire, which behind the previous lookup's cache misses serialises
+// the lookups.
 bool ParseDigits(const char* digits, GUID& guid) {
     std::uint64_t bad = 0;
     const std::uint32_t first = DecodeEightDigits(digits, bad);
@@ -71,12 +74,14 @@ bool ParseDigits(const char* digits, GUID& guid) {
     const std::uint32_t third = DecodeEightDigits(digits + 16, bad);
     const std::uint32_t fourth = DecodeEightDigits(digits + 24, bad);
     if (bad) return false;
-    // Data1, Data2 and Data3 print as numbers, most significant digit first.
-    guid.Data1 = SwapBytes(first);
-    guid.Data2 = SwapBytes(static_cast<std::uint16_t>(second));
-    guid.Data3 = SwapBytes(static_cast<std::uint16_t>(second >> 16));
-    std::memcpy(guid.Data4, &third, sizeof third);
-    std::memcpy(guid.Data4 + 4, &fourth, sizeof fourth);
+    // Data1, Data2 and Data3 print as numbers, most significant digit first; the
+    // Data4 bytes in order.
+    const std::uint64_t data2 = SwapBytes(static_cast<std::uint16_t>(second));
+    const std::uint64_t data3 = SwapBytes(static_cast<std::uint16_t>(second >> 16));
+    const std::uint64_t halves[2] = {SwapBytes(first) | data2 << 32 | data3 << 48,
+                                     third | static_cast<std::uint64_t>(fourth) << 32};
+    static_assert(sizeof halves == sizeof(GUID) && offsetof(GUID, Data4) == 8);
+    std::memcpy(&guid, halves, sizeof halves);
     return true;
 }
 
