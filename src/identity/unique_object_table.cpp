@@ -71,7 +71,7 @@ void CopyToRecord(const CKelUniqueObject& row, CUniqueObjectBase& record) {
 
 CEnhUniqueObjectTable::CEnhUniqueObjectTable(CZmfFile* file, CGuidMgr* owner, int keepGuidMap)
     : CEnhTableBase(file, CUniqueObjectBase::Desc().name), m_pOwner(owner) {
-    if (keepGuidMap) m_pByGuid = std::make_unique<GuidMap>(10);
+    if (keepGuidMap) m_pByGuid = std::make_unique<GuidMap>();
 }
 
 void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
@@ -90,7 +90,7 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
     m_byId.InitHashTable(buckets, TRUE);
     m_byIdSlots.Clear();
     if (CTableBase* stored = *this) m_byIdSlots.Reserve(stored->GetCount() + std::size_t{1});
-    if (m_pByGuid) m_pByGuid->InitHashTable(buckets, TRUE);
+    if (m_pByGuid) m_pByGuid->InitHashTable(buckets);
 
     const bool storedGuids = m_nFileVersion >= kFirstVersionWithGuids;
     // Stored GUIDs are texts, kept in memory as binary GUIDs: each record is read
@@ -143,8 +143,7 @@ CKelUniqueObject* CEnhUniqueObjectTable::EnterRow(CRowPtr<CKelUniqueObject> owne
 }
 
 void CEnhUniqueObjectTable::FileByGuid(CKelUniqueObject* row) {
-    ULONG& byGuid = (*m_pByGuid)[row->ObjectGuid];
-    if (!byGuid) byGuid = row->Unique_Object_ID;
+    m_pByGuid->File(row);
 }
 
 int CEnhUniqueObjectTable::Delete(ULONG id) {
@@ -152,7 +151,7 @@ int CEnhUniqueObjectTable::Delete(ULONG id) {
     if (!row) return 0;
     m_byId.RemoveKey(id);
     SyncSlot(id, nullptr);
-    if (m_pByGuid && GetIdByGuid(row->ObjectGuid) == id) m_pByGuid->RemoveKey(row->ObjectGuid);
+    if (m_pByGuid && GetIdByGuid(row->ObjectGuid) == id) m_pByGuid->Remove(row->ObjectGuid);
     if (m_pCurrent == row) m_pCurrent = nullptr;
     Remove(row);
     return 1;
@@ -160,9 +159,9 @@ int CEnhUniqueObjectTable::Delete(ULONG id) {
 
 void CEnhUniqueObjectTable::SetObjectGuid(CKelUniqueObject& row, const GUID& guid) {
     if (m_pByGuid && GetIdByGuid(row.ObjectGuid) == row.Unique_Object_ID)
-        m_pByGuid->RemoveKey(row.ObjectGuid);
+        m_pByGuid->Remove(row.ObjectGuid);
     row.ObjectGuid = guid;
-    if (m_pByGuid) m_pByGuid->SetAt(guid, row.Unique_Object_ID);
+    if (m_pByGuid) m_pByGuid->Refile(&row);
 }
 
 bool CEnhUniqueObjectTable::IsCleaned(const CKelUniqueObject& row,

@@ -8,7 +8,8 @@
 // order), and are found through two maps:
 //   - by id: bucket = id mod count; lookups read a slot per id beside it
 //     (id_slots.h), which mirrors the map's answers;
-//   - by object GUID, only when the owner keeps one. Its hash mixes all 16 bytes.
+//   - by object GUID, only when the owner keeps one: an index whose entries are
+//     the rows (guid_index.h). Its hash mixes all 16 bytes.
 //     (Summing the bytes, the obvious choice, has only 4,081 possible values: a
 //     million objects would share 4,081 chains of about 245 each.)
 // When two rows share an id or an object GUID, the first one entered answers; a row
@@ -29,6 +30,7 @@
 #include <memory>
 
 #include "foundation/enh_table.h"
+#include "identity/guid_index.h"
 #include "identity/id_slots.h"
 #include "identity/id_traits.h"
 #include "platform/cmap.h"
@@ -41,30 +43,16 @@ class CGlobalIdMaps;
 class CEnhUniqueObjectTable;
 
 // One unique object: the record-store columns (binary GUIDs instead of the texts)
-// and the mark of MarkForRemoval, which is not stored.
+// and the mark of MarkForRemoval, which is not stored. A row in a table changes its
+// ObjectGuid only through CEnhUniqueObjectTable::SetObjectGuid, which refiles it.
 class CKelUniqueObject final : public CEnhRow<CUniqueObjectBase, CEnhUniqueObjectTable> {
   public:
     GUID ObjectGuid{};
+    // The GUID index's link (guid_index.h), beside the key it chains by; only the
+    // index writes it.
+    CKelUniqueObject* NextByGuid = nullptr;
     GUID VersionGuid{};
     LONG MarkedForRemoval = 0;
-};
-
-// Hash of the GUID map: the two 64-bit halves, multiplied apart and folded. Any
-// change of any byte moves the hash; random GUIDs spread evenly over the buckets.
-struct SGuidHashTraits {
-    static constexpr bool kGrow = true;  // see cmap.h: a growing model stays fast
-    static UINT Hash(const GUID& guid) {
-        std::uint64_t low;
-        std::uint64_t high;
-        std::memcpy(&low, &guid, sizeof low);
-        std::memcpy(&high, reinterpret_cast<const unsigned char*>(&guid) + sizeof low, sizeof high);
-        std::uint64_t h = low * 0x9E3779B97F4A7C15ull ^ high * 0xC2B2AE3D27D4EB4Full;
-        h ^= h >> 29;
-        return static_cast<UINT>(h ^ (h >> 32));
-    }
-    static bool Equal(const GUID& stored, const GUID& guid) {
-        return std::memcmp(&stored, &guid, sizeof(GUID)) == 0;
-    }
 };
 
 class CEnhUniqueObjectTable : public CEnhTableBase {
@@ -72,8 +60,8 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     static constexpr DWORD kDefaultFileVersion = 530;
 
     using IdMap = CMap<ULONG, ULONG, CKelUniqueObject*, CKelUniqueObject*, SIdHashTraits>;
-    // GUID to id, not to row: a lookup by GUID then touches no row at all.
-    using GuidMap = CMap<GUID, const GUID&, ULONG, ULONG, SGuidHashTraits>;
+    // GUID to id, its entries in the rows.
+    using GuidMap = CGuidIndex<CKelUniqueObject>;
 
     // Opens the file's "UniqueObject" table. `owner` (borrowed, not null) supplies
     // the classification, the repository hooks and the nil-GUID flag; `keepGuidMap`
