@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -33,39 +34,54 @@ constexpr std::uint64_t BytesInRange(std::uint64_t x, std::uint8_t lo, std::uint
     return atLeastLo & ~aboveHi & kHighBits;
 }
 
-// Eight hex digits (first digit in the lowest byte) to four bytes in text order,
-// eight at a time in one register; false when any is not a hex digit.
-bool ParseEightDigits(const char* digits, std::uint8_t* out) {
+// Eight hex digits (first digit in the lowest byte) to four bytes in text order
+// (the first pair's byte lowest), decoded in one register. The high bit of each
+// byte that is not a hex digit is set in `bad`; the result is then meaningless.
+inline std::uint32_t DecodeEightDigits(const char* digits, std::uint64_t& bad) {
     std::uint64_t x;
     std::memcpy(&x, digits, sizeof x);
-    if (x & kHighBits) return false;
+    // Bytes of 0x80 and above are flagged at once; BytesInRange needs the rest.
     const std::uint64_t valid =
         BytesInRange(x, '0', '9') | BytesInRange(x | 0x20 * kOnes, 'a', 'f');
-    if (valid != kHighBits) return false;
+    bad |= (x & kHighBits) | (valid ^ kHighBits);
     // '0'-'9' end in their value; 'A'-'F' and 'a'-'f' (bit 6 set) in value - 9.
     std::uint64_t v = (x & 0x0F * kOnes) + ((x >> 6) & kOnes) * 9;
     v = ((v << 4) | (v >> 8)) & 0x00FF00FF00FF00FFull;  // digit pairs to bytes
     v = (v | (v >> 8)) & 0x0000FFFF0000FFFFull;
     v = (v | (v >> 16)) & 0x00000000FFFFFFFFull;
-    const auto word = static_cast<std::uint32_t>(v);
-    std::memcpy(out, &word, sizeof word);  // bytes in text order on a little-endian host
-    return true;
+    return static_cast<std::uint32_t>(v);
 }
 
-static_assert(std::endian::native == std::endian::little, "byte order of ParseEightDigits");
+static_assert(std::endian::native == std::endian::little, "byte order of DecodeEightDigits");
 
-// Reads 32 digits; false (guid untouched) when any is not a hex digit.
+constexpr std::uint32_t SwapBytes(std::uint32_t word) {
+    return word >> 24 | (word >> 8 & 0xFF00) | (word << 8 & 0xFF0000) | word << 24;
+}
+constexpr std::uint16_t SwapBytes(std::uint16_t half) {
+    return static_cast<std::uint16_t>(half >> 8 | half << 8);
+}
+
+// Reads 32 digits; false (guid untouched) when any is not a hex digit. Lookups by
+// GUID text run this once each, so it is a straight line of register arithmetic,
+// and the GUID is written as two 8-byte halves: the hash reads it back as those
+// halves, and a read that had to be pieced together from narrower writes would wait
+// for them to retire, which behind the previous lookup's cache misses serialises
+// the lookups.
 bool ParseDigits(const char* digits, GUID& guid) {
-    std::uint8_t bytes[16];
-    for (int i = 0; i < 4; ++i) {
-        if (!ParseEightDigits(digits + 8 * i, bytes + 4 * i)) return false;
-    }
-    guid.Data1 = static_cast<std::uint32_t>(bytes[0]) << 24 |
-                 static_cast<std::uint32_t>(bytes[1]) << 16 |
-                 static_cast<std::uint32_t>(bytes[2]) << 8 | bytes[3];
-    guid.Data2 = static_cast<std::uint16_t>(bytes[4] << 8 | bytes[5]);
-    guid.Data3 = static_cast<std::uint16_t>(bytes[6] << 8 | bytes[7]);
-    std::memcpy(guid.Data4, bytes + 8, 8);
+    std::uint64_t bad = 0;
+    const std::uint32_t first = DecodeEightDigits(digits, bad);
+    const std::uint32_t second = DecodeEightDigits(digits + 8, bad);
+    const std::uint32_t third = DecodeEightDigits(digits + 16, bad);
+    const std::uint32_t fourth = DecodeEightDigits(digits + 24, bad);
+    if (bad) return false;
+    // Data1, Data2 and Data3 print as numbers, most significant digit first; the
+    // Data4 bytes in order.
+    const std::uint64_t data2 = SwapBytes(static_cast<std::uint16_t>(second));
+    const std::uint64_t data3 = SwapBytes(static_cast<std::uint16_t>(second >> 16));
+    const std::uint64_t halves[2] = {SwapBytes(first) | data2 << 32 | data3 << 48,
+                                     third | static_cast<std::uint64_t>(fourth) << 32};
+    static_assert(sizeof halves == sizeof(GUID) && offsetof(GUID, Data4) == 8);
+    std::memcpy(&guid, halves, sizeof halves);
     return true;
 }
 
@@ -102,10 +118,8 @@ void GuidToText(const GUID& guid, CZmfString& out) {
 }
 
 bool GuidFromText(std::string_view text, GUID& guid) {
-    if (text.size() == kGuidDigits) {
-        // Undashed text only: a 32-character text holding a dash is in neither form.
-        return text.find('-') == std::string_view::npos && ParseDigits(text.data(), guid);
-    }
+    // A 32-character text holding a dash is in neither form: the dash is no digit.
+    if (text.size() == kGuidDigits) return ParseDigits(text.data(), guid);
     if (text.size() != 36) return false;
     char digits[kGuidDigits];
     int count = 0;
@@ -120,6 +134,9 @@ bool GuidFromText(std::string_view text, GUID& guid) {
 }
 
 bool GuidFromTextIgnoringDashes(std::string_view text, GUID& guid) {
+    // The usual lookup key, the stored form: a dash in it leaves fewer than 32
+    // digits, which the parse rejects as a non-digit.
+    if (text.size() == kGuidDigits) return ParseDigits(text.data(), guid);
     char digits[kGuidDigits];
     int count = 0;
     for (char ch : text) {

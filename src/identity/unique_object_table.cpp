@@ -71,7 +71,7 @@ void CopyToRecord(const CKelUniqueObject& row, CUniqueObjectBase& record) {
 
 CEnhUniqueObjectTable::CEnhUniqueObjectTable(CZmfFile* file, CGuidMgr* owner, int keepGuidMap)
     : CEnhTableBase(file, CUniqueObjectBase::Desc().name), m_pOwner(owner) {
-    if (keepGuidMap) m_pByGuid = std::make_unique<GuidMap>(10);
+    if (keepGuidMap) m_pByGuid = std::make_unique<GuidMap>();
 }
 
 void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
@@ -88,7 +88,9 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
         }
     }
     m_byId.InitHashTable(buckets, TRUE);
-    if (m_pByGuid) m_pByGuid->InitHashTable(buckets, TRUE);
+    m_byIdSlots.Clear();
+    if (CTableBase* stored = *this) m_byIdSlots.Reserve(stored->GetCount() + std::size_t{1});
+    if (m_pByGuid) m_pByGuid->InitHashTable(buckets);
 
     const bool storedGuids = m_nFileVersion >= kFirstVersionWithGuids;
     // Stored GUIDs are texts, kept in memory as binary GUIDs: each record is read
@@ -130,7 +132,10 @@ CKelUniqueObject* CEnhUniqueObjectTable::EnterRow(CRowPtr<CKelUniqueObject> owne
     CKelUniqueObject* row = owned.release();
     row->SetEnhTable(this);
     CKelUniqueObject*& byId = m_byId[row->Unique_Object_ID];
-    if (!byId) byId = row;
+    if (!byId) {
+        byId = row;
+        SyncSlot(row->Unique_Object_ID, row);
+    }
     if (!m_pOwner->IsNilGUIDStored() && (IsNilGuid(row->ObjectGuid) || IsNilGuid(row->VersionGuid)))
         m_pOwner->MarkNilGUIDStored();
     RaiseNextKey(row->Unique_Object_ID);
@@ -138,15 +143,15 @@ CKelUniqueObject* CEnhUniqueObjectTable::EnterRow(CRowPtr<CKelUniqueObject> owne
 }
 
 void CEnhUniqueObjectTable::FileByGuid(CKelUniqueObject* row) {
-    ULONG& byGuid = (*m_pByGuid)[row->ObjectGuid];
-    if (!byGuid) byGuid = row->Unique_Object_ID;
+    m_pByGuid->File(row);
 }
 
 int CEnhUniqueObjectTable::Delete(ULONG id) {
     CKelUniqueObject* row = GetRow(id);
     if (!row) return 0;
     m_byId.RemoveKey(id);
-    if (m_pByGuid && GetIdByGuid(row->ObjectGuid) == id) m_pByGuid->RemoveKey(row->ObjectGuid);
+    SyncSlot(id, nullptr);
+    if (m_pByGuid && GetIdByGuid(row->ObjectGuid) == id) m_pByGuid->Remove(row->ObjectGuid);
     if (m_pCurrent == row) m_pCurrent = nullptr;
     Remove(row);
     return 1;
@@ -154,9 +159,9 @@ int CEnhUniqueObjectTable::Delete(ULONG id) {
 
 void CEnhUniqueObjectTable::SetObjectGuid(CKelUniqueObject& row, const GUID& guid) {
     if (m_pByGuid && GetIdByGuid(row.ObjectGuid) == row.Unique_Object_ID)
-        m_pByGuid->RemoveKey(row.ObjectGuid);
+        m_pByGuid->Remove(row.ObjectGuid);
     row.ObjectGuid = guid;
-    if (m_pByGuid) m_pByGuid->SetAt(guid, row.Unique_Object_ID);
+    if (m_pByGuid) m_pByGuid->Refile(&row);
 }
 
 bool CEnhUniqueObjectTable::IsCleaned(const CKelUniqueObject& row,

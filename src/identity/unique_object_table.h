@@ -6,8 +6,10 @@
 //
 // Rows live in the base's row list, which owns them (load order, then creation
 // order), and are found through two maps:
-//   - by id: bucket = id mod count;
-//   - by object GUID, only when the owner keeps one. Its hash mixes all 16 bytes.
+//   - by id: bucket = id mod count; lookups read a slot per id beside it
+//     (id_slots.h), which mirrors the map's answers;
+//   - by object GUID, only when the owner keeps one: an index whose entries are
+//     the rows (guid_index.h). Its hash mixes all 16 bytes.
 //     (Summing the bytes, the obvious choice, has only 4,081 possible values: a
 //     million objects would share 4,081 chains of about 245 each.)
 // When two rows share an id or an object GUID, the first one entered answers; a row
@@ -28,6 +30,8 @@
 #include <memory>
 
 #include "foundation/enh_table.h"
+#include "identity/guid_index.h"
+#include "identity/id_slots.h"
 #include "identity/id_traits.h"
 #include "platform/cmap.h"
 #include "platform/guid.h"
@@ -39,28 +43,16 @@ class CGlobalIdMaps;
 class CEnhUniqueObjectTable;
 
 // One unique object: the record-store columns (binary GUIDs instead of the texts)
-// and the mark of MarkForRemoval, which is not stored.
+// and the mark of MarkForRemoval, which is not stored. A row in a table changes its
+// ObjectGuid only through CEnhUniqueObjectTable::SetObjectGuid, which refiles it.
 class CKelUniqueObject final : public CEnhRow<CUniqueObjectBase, CEnhUniqueObjectTable> {
   public:
     GUID ObjectGuid{};
+    // The GUID index's link (guid_index.h), beside the key it chains by; only the
+    // index writes it.
+    CKelUniqueObject* NextByGuid = nullptr;
     GUID VersionGuid{};
     LONG MarkedForRemoval = 0;
-};
-
-// Hash of the GUID map: the two 64-bit halves, multiplied apart and folded. Any
-// change of any byte moves the hash; random GUIDs spread evenly over the buckets.
-struct SGuidHashTraits {
-    static constexpr bool kGrow = true;  // see cmap.h: a growing model stays fast
-    static UINT Hash(const GUID& guid) {
-        std::uint64_t low;
-        std::uint64_t high;
-        std::memcpy(&low, &guid, sizeof low);
-        std::memcpy(&high, reinterpret_cast<const unsigned char*>(&guid) + sizeof low, sizeof high);
-        std::uint64_t h = low * 0x9E3779B97F4A7C15ull ^ high * 0xC2B2AE3D27D4EB4Full;
-        h ^= h >> 29;
-        return static_cast<UINT>(h ^ (h >> 32));
-    }
-    static bool Equal(const GUID& stored, const GUID& guid) { return stored == guid; }
 };
 
 class CEnhUniqueObjectTable : public CEnhTableBase {
@@ -68,8 +60,8 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     static constexpr DWORD kDefaultFileVersion = 530;
 
     using IdMap = CMap<ULONG, ULONG, CKelUniqueObject*, CKelUniqueObject*, SIdHashTraits>;
-    // GUID to id, not to row: a lookup by GUID then touches no row at all.
-    using GuidMap = CMap<GUID, const GUID&, ULONG, ULONG, SGuidHashTraits>;
+    // GUID to id, its entries in the rows.
+    using GuidMap = CGuidIndex<CKelUniqueObject>;
 
     // Opens the file's "UniqueObject" table. `owner` (borrowed, not null) supplies
     // the classification, the repository hooks and the nil-GUID flag; `keepGuidMap`
@@ -95,9 +87,7 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     int GetCleanedObjCount() const { return m_nCleanedObjCount; }
 
     CKelUniqueObject* GetRow(ULONG id) const {
-        CKelUniqueObject* row = nullptr;
-        m_byId.Lookup(id, row);
-        return row;
+        return m_byIdSlots.Find(id, [this](ULONG beyond) { return MapFind(beyond); });
     }
     // The id filed under `guid`; 0 when there is none or no GUID map.
     ULONG GetIdByGuid(const GUID& guid) const {
@@ -129,6 +119,16 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     const GuidMap* GetGuidMap() const { return m_pByGuid.get(); }
 
   private:
+    CKelUniqueObject* MapFind(ULONG id) const {
+        CKelUniqueObject* row = nullptr;
+        m_byId.Lookup(id, row);
+        return row;
+    }
+    // The id map's answer for `id` changed: the slots follow it.
+    void SyncSlot(ULONG id, CKelUniqueObject* row) {
+        m_byIdSlots.Set(id, row, static_cast<std::size_t>(GetRowCount()),
+                        [this](ULONG other) { return MapFind(other); });
+    }
     // Takes a row into the list and the id map (not the GUID map).
     CKelUniqueObject* EnterRow(CRowPtr<CKelUniqueObject> row);
     // Files a row in the GUID map unless its GUID is taken.
@@ -139,6 +139,7 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     void RenewObjectGuid(CKelUniqueObject& row);
 
     IdMap m_byId{10};
+    CIdSlots<CKelUniqueObject> m_byIdSlots;
     std::unique_ptr<GuidMap> m_pByGuid;  // null unless the owner keeps one
     CKelUniqueObject* m_pCurrent = nullptr;
     CGuidMgr* m_pOwner;  // not owned

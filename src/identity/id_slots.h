@@ -1,0 +1,73 @@
+// CIdSlots: a vector beside an id map that answers lookups by id in one read.
+//
+// Ids are handed out in order, so the ids of a table are nearly dense: slot `id`
+// holds what the map answers for `id` (null for nothing), and a lookup reads the
+// slot where the map would hash, read a bucket and walk a node. The map stays the
+// authority; the owner reports every change of the map's answer for an id (Set),
+// and the slots mirror it.
+//
+// Cost bound: slots cover at most twice the row count plus a few thousand, so they
+// cost 8 to 16 bytes a row. An id beyond that (a sparse copied range) is left to the
+// map alone; MayBeBeyond then says that a lookup past the slots must ask the map.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+#include "platform/types.h"
+
+template <class Row>
+class CIdSlots {
+  public:
+    // The row for `id`: the slot when there is one, else `mapFind(id)` when an id
+    // may lie beyond the slots, else null.
+    template <class MapFind>
+    Row* Find(ULONG id, MapFind&& mapFind) const {
+        if (id < m_slots.size()) return m_slots[id];
+        return m_beyond ? mapFind(id) : nullptr;
+    }
+
+    // The map's answer for `id` is now `row` (null: removed). `rowCount` is the
+    // table's row count, which bounds the slots; `mapFind` answers for the ids that
+    // new slots cover when some may have been left to the map before.
+    template <class MapFind>
+    void Set(ULONG id, Row* row, std::size_t rowCount, MapFind&& mapFind) {
+        if (id < m_slots.size()) {
+            m_slots[id] = row;
+            return;
+        }
+        if (!row) return;  // not covered, so nothing to forget
+        const std::size_t limit = 2 * rowCount + kFirstSlots;
+        if (id >= limit) {
+            m_beyond = true;
+            return;
+        }
+        const std::size_t covered = m_slots.size();
+        m_slots.resize(std::min(limit, std::max<std::size_t>(id + 1, covered + covered / 4 + 64)));
+        if (m_beyond) {
+            for (std::size_t other = covered; other < m_slots.size(); ++other)
+                m_slots[other] = mapFind(static_cast<ULONG>(other));
+        } else {
+            m_slots[id] = row;
+        }
+    }
+
+    // Makes room for ids below `count` at once (a load that knows its row count).
+    void Reserve(std::size_t count) { m_slots.reserve(count); }
+
+    void Clear() {
+        m_slots.clear();
+        m_slots.shrink_to_fit();
+        m_beyond = false;
+    }
+
+    std::size_t GetCoveredCount() const { return m_slots.size(); }
+    bool MayBeBeyond() const { return m_beyond; }
+
+  private:
+    static constexpr std::size_t kFirstSlots = 4096;
+
+    std::vector<Row*> m_slots;
+    bool m_beyond = false;
+};
