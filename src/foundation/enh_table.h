@@ -124,7 +124,9 @@ class CEnhRow : public RecordRow {
     Table* GetEnhTable() const { return m_pEnhTable; }
     void SetEnhTable(Table* table) { m_pEnhTable = table; }
 
-    // The row's link in its table's key map (CIntrusiveMap).
+    // The row's link in its table's key map (CIntrusiveMap): the key map of a
+    // CEnhTable, or the main map of a table that keys its rows itself (the string
+    // tables' id maps); unused elsewhere.
     CMapLink& KeyMapLink() { return m_keyMapLink; }
 
   private:

@@ -108,9 +108,10 @@ inline UINT HashStringUsage(DWORD objectId, DWORD usageTypeId) {
 //   static Probe Of(Row* row);               // the key of a row
 //   static UINT Hash(const Probe& probe);
 //   static bool Equal(const Row* stored, const Probe& probe);
-// A probe built without a row (row null) looks a key up. Key traits that also name
-// a link of the row (CNameSpaceLinkedKey) make the map a CIntrusiveMap whose
-// entries are the rows themselves; the others make it a CMap from row to row.
+// A probe built without a row (row null) looks a key up. Key traits that also give
+// the row's link for the map (`static CMapLink& Link(Row* row);`) make the map a
+// CIntrusiveMap whose entries are the rows themselves; the others make it a CMap
+// from row to row.
 template <class Row, class KeyTraits>
 class CNameSpaceRowMap {
   public:
@@ -194,16 +195,6 @@ class CNameSpaceRowMap {
     // How many times an add replaced another row (since the last InitHashTable).
     // While it is 0 no row is shadowed, and a removal never leaves one behind.
     int m_replaced = 0;
-};
-
-// Key traits whose map keeps its entries in the rows: `Link` is the row's link for
-// this map (one per map the row is in).
-template <class KeyTraits, auto LinkMember>
-struct CNameSpaceLinkedKey : KeyTraits {
-    template <class Row>
-    static CMapLink& Link(Row* row) {
-        return row->*LinkMember;
-    }
 };
 
 // Rows by an unsigned 32-bit field; hash = the field's value.

@@ -40,15 +40,11 @@ class CKelSmallString final : public CEnhRow<CSmallStringBase, CEnhSmallStringTa
   public:
     std::string_view GetText() const { return Text.GetValue().View(); }
     bool IsLarge() const { return Large_Flag != 0; }
-
-    CMapLink m_idLink;  // the row's entry in the id map
 };
 
 class CKelLargeString final : public CEnhRow<CLargeStringBase, CEnhLargeStringTable> {
   public:
     std::string_view GetText() const { return Text.GetValue().View(); }
-
-    CMapLink m_idLink;  // the row's entry in the id map
 };
 
 // What the small and the large table share: the row list, the three maps, the
@@ -56,11 +52,13 @@ class CKelLargeString final : public CEnhRow<CLargeStringBase, CEnhLargeStringTa
 template <class Row>
 class CEnhStringTable : public CEnhTableBase {
   public:
-    // The id map, filed at every load, keeps its entries in the rows; the text maps,
-    // filed only when a text is looked up, keep theirs apart, so that a load does
-    // not carry their links.
-    using IdKey = tessmeta::CNameSpaceLinkedKey<tessmeta::CNameSpaceIdKey<Row, &Row::String_ID>,
-                                                &Row::m_idLink>;
+    // The id map, filed at every load, keeps its entries in the rows, in the key-map
+    // link every CEnhRow has (a string's id is its key); the text maps, filed only
+    // when a text is looked up, keep theirs apart, so that a load does not carry
+    // their links.
+    struct IdKey : tessmeta::CNameSpaceIdKey<Row, &Row::String_ID> {
+        static CMapLink& Link(Row* row) { return row->KeyMapLink(); }
+    };
     using TextKey = tessmeta::CNameSpaceTextKey<Row, &Row::Text>;
     using NoCaseKey = tessmeta::CNameSpaceNoCaseKey<Row, &Row::Text>;
     using IdMap = tessmeta::CNameSpaceRowMap<Row, IdKey>;
