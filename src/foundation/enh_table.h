@@ -83,8 +83,9 @@
 // maps follow other rules altogether derives from CEnhTableBase directly and still
 // uses its load loop and saves.
 //
-// Costs. A lookup by key builds a probe row on the stack and makes one hash probe;
-// the key map has as many buckets as the table had rows at its last save. A walk by
+// Costs. A lookup by key is one hash probe of the key map, whose entries are the
+// rows themselves (their link is a member of CEnhRow); it has as many buckets as
+// the table had rows at its last save. A walk by
 // foreign key is one tree search, after which each next row is an array read.
 #pragma once
 
@@ -102,6 +103,7 @@
 #include "foundation/enh_table_base.h"
 #include "platform/cmap.h"
 #include "platform/cstring.h"
+#include "platform/intrusive_map.h"
 #include "platform/types.h"
 
 // Gives back the record-store table a save left with `table`, through the file
@@ -112,8 +114,8 @@ inline void ReleaseSavedTable(CEnhTableBase& table, int flag) {
 }
 
 // A record-store row with a back pointer to the in-memory table that owns it, set
-// when the row enters the table. Copying copies every column, the list slot and the
-// back pointer.
+// when the row enters the table. Copying copies every column and the back pointer
+// (not the list links).
 template <class RecordRow, class Table>
 class CEnhRow : public RecordRow {
   public:
@@ -122,8 +124,28 @@ class CEnhRow : public RecordRow {
     Table* GetEnhTable() const { return m_pEnhTable; }
     void SetEnhTable(Table* table) { m_pEnhTable = table; }
 
+    // The row's link in its table's key map (CIntrusiveMap): the key map of a
+    // CEnhTable, or the main map of a table that keys its rows itself (the string
+    // tables' id maps); unused elsewhere.
+    CMapLink& KeyMapLink() { return m_keyMapLink; }
+
   private:
     Table* m_pEnhTable = nullptr;  // not owned: the table owns the row
+    CMapLink m_keyMapLink;
+};
+
+// Intrusive-map traits for rows by technical key (hash = key, so bucket = key mod
+// count); the map grows past two rows per bucket (see cmap.h), so a table sized
+// for its last save, or a new one with a single bucket, stays fast however many
+// rows it gains.
+template <class Row>
+struct CEnhKeyMapTraits {
+    static constexpr bool kGrow = true;
+    using Probe = ULONG;
+    static CMapLink& Link(Row* row) { return row->KeyMapLink(); }
+    static ULONG Of(const Row* row) { return row->GetTechKey(); }
+    static UINT Hash(ULONG key) { return key; }
+    static bool Equal(const Row* stored, ULONG key) { return stored->GetTechKey() == key; }
 };
 
 // Map traits for rows by technical key (hash = key, so bucket = key mod count).
@@ -189,7 +211,7 @@ template <class Traits>
 class CEnhTable : public CEnhTableBase {
   public:
     using Row = typename Traits::Row;
-    using KeyMap = CEnhRowMap<Row, CEnhTechKeyTraits<Row>>;
+    using KeyMap = CIntrusiveMap<Row, CEnhKeyMapTraits<Row>>;
 
     static constexpr std::size_t kTextCount = Traits::kTexts.size();
     static constexpr bool kHasForeignKey = Traits::kForeignKey != nullptr;
@@ -206,7 +228,6 @@ class CEnhTable : public CEnhTableBase {
     CEnhTable(INameSpaceService* nameSpace, CIdentityMgr* keys, IObjectIdentityService* identity,
               CZmfFile* file)
         : CEnhTableBase(file, TableName()),
-          m_keyMap(10),
           m_pNameSpace(nameSpace),
           m_pKeys(keys ? keys : (file ? file->GetIdentityMgr() : nullptr)),
           m_pIdentity(identity) {
@@ -237,13 +258,7 @@ class CEnhTable : public CEnhTableBase {
     }
 
     // The row mapped under `key`, or null.
-    Row* GetRow(ULONG key) const {
-        Row probe;
-        probe.SetTechKey(key);
-        Row* found = nullptr;
-        m_keyMap.Lookup(&probe, found);
-        return found;
-    }
+    Row* GetRow(ULONG key) const { return m_keyMap.Find(key); }
 
     // Deletes the row mapped under `key` and, through the services, its strings
     // (in column order) and its unique object (passing `reallyDelete` on to
@@ -252,7 +267,7 @@ class CEnhTable : public CEnhTableBase {
         Row* row = GetRow(key);
         if (!row) return 0;
         const DWORD uniqueId = UniqueIdOf(*row);
-        m_keyMap.RemoveKey(row);
+        m_keyMap.RemoveKey(key);
         UnfileForeignKey(row);
         RemoveFromExtraIndexes(row);
         Remove(row);
@@ -536,10 +551,7 @@ class CEnhTable : public CEnhTableBase {
         }
     }
 
-    void MapByKey(Row* row) {
-        Row*& mapped = m_keyMap[row];  // one probe; a new entry holds null
-        if (Traits::kKeyMap == EEnhKeyMap::LastWins || !mapped) mapped = row;
-    }
+    void MapByKey(Row* row) { m_keyMap.Add(row, Traits::kKeyMap == EEnhKeyMap::LastWins); }
 
     void ReleaseTexts(DWORD uniqueId) {
         if (!m_pNameSpace) return;

@@ -23,7 +23,8 @@ CEnhTableBase::CEnhTableBase(CZmfFile* file, const char* tableName) : m_pFile(fi
 
 CEnhTableBase::~CEnhTableBase() {
     for (POSITION pos = m_rows.GetHeadPosition(); pos;)
-        DestroyRow(static_cast<CDbObjectBase*>(m_rows.GetNext(pos)));
+        DestroyRow(m_rows.GetNext(pos));
+    m_rows.Clear();
 }
 
 CStringArena& CEnhTableBase::TextArena() {
@@ -43,9 +44,8 @@ int CEnhTableBase::Get(CDbObjectBase* row) {
 
 void CEnhTableBase::Remove(CDbObjectBase* row) {
     if (!row) return;
-    const POSITION position = row->GetListPosition();
+    if (m_rows.IsLinked(row)) m_rows.Remove(row);
     DestroyRow(row);
-    if (position) m_rows.RemoveAt(position);
 }
 
 UINT CEnhTableBase::LoadBucketCount(unsigned int requested) {

@@ -7,9 +7,9 @@
 // parts that do not depend on the row type:
 //
 //   - the owning row list: every row object of the table, in insertion order (load
-//     order, then later inserts at the tail). The list owns the rows; each row keeps
-//     its own list position in the slot CDbObjectBase reserves for it, so removing a
-//     row is constant time;
+//     order, then later inserts at the tail). The table owns the rows; the list's
+//     links are members of the rows (CRowList, db_object.h), so a row costs no list
+//     node and removing one is constant time;
 //   - the record-store handle: set while the table holds a record-store table (from
 //     construction to the end of Init, and from a save until the owner releases it);
 //   - the model file, replaced by the file each save writes to;
@@ -124,13 +124,12 @@ class CEnhTableBase : public CObject {
     // row pool goes back to the pool).
     void Remove(CDbObjectBase* row);
 
-    // The row list, in order.
+    // The row list, in order. A position is an opaque cursor; the row just returned
+    // may be removed without ending the walk.
     int GetRowCount() const { return m_rows.GetCount(); }
     POSITION GetFirstRowPosition() const { return m_rows.GetHeadPosition(); }
     // The row at `position`; moves `position` on (null after the last row).
-    CDbObjectBase* GetNextRow(POSITION& position) const {
-        return static_cast<CDbObjectBase*>(m_rows.GetNext(position));
-    }
+    CDbObjectBase* GetNextRow(POSITION& position) const { return m_rows.GetNext(position); }
 
     CZmfFile* GetFile() const { return m_pFile; }
 
@@ -138,9 +137,8 @@ class CEnhTableBase : public CObject {
     // Also opens the named record-store table as the handle.
     CEnhTableBase(CZmfFile* file, const char* tableName);
 
-    // Takes ownership of `row` (from the row pool or the heap): appends it and
-    // records its position in the row. If this throws, the row is not taken.
-    void AddRow(CDbObjectBase* row) { row->SetListPosition(m_rows.AddTail(row)); }
+    // Takes ownership of `row` (from the row pool or the heap) and appends it.
+    void AddRow(CDbObjectBase* row) { m_rows.AddTail(row); }
 
     // Raises the row-numbering counter to `key` if it is below (for loaded rows of
     // tables that number their own rows).
@@ -204,7 +202,7 @@ class CEnhTableBase : public CObject {
 
     int m_nNextKey = 0;
     CTableBase* m_pTable = nullptr;  // not owned: the file owns its tables
-    CPtrList m_rows{10};             // owns every row (CDbObjectBase*) in it
+    CRowList m_rows;                 // every row; the table owns them
     CZmfFile* m_pFile;               // not owned
     // Storage of loaded rows: a table's rows are many objects of one size, carved
     // from a few large blocks and freed with them when the table goes.

@@ -6,11 +6,13 @@
 // CString::MakeUpper and compare two texts by that same rule. Both are computed
 // over the caller's bytes as they stand: a lookup never copies or allocates.
 //
-// CNameSpaceRowMap is the map every name-space index is built on: a CMap from row
-// to row keyed by a field (or fields) of the row, with these invariants:
+// CNameSpaceRowMap is the map every name-space index is built on: rows keyed by a
+// field (or fields) of the row, in a CMap from row to row or, where the row keeps a
+// link for the map, in a CIntrusiveMap of the rows themselves, with these invariants:
 //   - the row added last among rows with equal keys is the one found;
 //   - no entry ever refers to a row that has left the map, even though CMap keeps
-//     the key of the first row added under a key when a later row replaces it.
+//     the key of the first row added under a key when a later row replaces it (in
+//     the intrusive map the later row takes the earlier one's place).
 // Costs: one hash and one chain walk per operation; a removal that finds the
 // removed row still serving as another entry's stored key re-files that entry.
 #pragma once
@@ -18,8 +20,10 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 
 #include "platform/cmap.h"
+#include "platform/intrusive_map.h"
 #include "platform/types.h"
 
 namespace tessmeta {
@@ -103,15 +107,18 @@ inline UINT HashStringUsage(DWORD objectId, DWORD usageTypeId) {
 //   struct Probe { Row* row; ...key fields...; operator Row*() const { return row; } };
 //   static Probe Of(Row* row);               // the key of a row
 //   static UINT Hash(const Probe& probe);
-//   static bool Equal(Row* const& stored, const Probe& probe);
-// A probe built without a row (row null) looks a key up.
+//   static bool Equal(const Row* stored, const Probe& probe);
+// A probe built without a row (row null) looks a key up. Key traits that also give
+// the row's link for the map (`static CMapLink& Link(Row* row);`) make the map a
+// CIntrusiveMap whose entries are the rows themselves; the others make it a CMap
+// from row to row.
 template <class Row, class KeyTraits>
 class CNameSpaceRowMap {
   public:
     using Probe = typename KeyTraits::Probe;
-    using Map = CMap<Row*, const Probe&, Row*, Row*, KeyTraits>;
-
-    explicit CNameSpaceRowMap(int blockSize = 10) : m_map(blockSize) {}
+    static constexpr bool kIntrusive = requires(Row * row) { KeyTraits::Link(row); };
+    using Map = std::conditional_t<kIntrusive, CIntrusiveMap<Row, KeyTraits>,
+                                   CMap<Row*, const Probe&, Row*, Row*, KeyTraits>>;
 
     // Empties the map and gives it `bucketCount` buckets (0 reads as 1).
     void InitHashTable(UINT bucketCount) {
@@ -120,51 +127,68 @@ class CNameSpaceRowMap {
     }
 
     Row* Find(const Probe& probe) const {
-        const auto* pair = m_map.PLookup(probe);
-        return pair ? pair->value : nullptr;
+        if constexpr (kIntrusive) {
+            return m_map.Find(probe);
+        } else {
+            const auto* pair = m_map.PLookup(probe);
+            return pair ? pair->value : nullptr;
+        }
     }
 
     // Maps the row's key to the row, replacing the row found so far.
     void Add(Row* row) {
-        Row*& slot = m_map[KeyTraits::Of(row)];
-        if (slot && slot != row) ++m_replaced;
-        slot = row;
+        if constexpr (kIntrusive) {
+            Row* found = m_map.Add(row, true);
+            if (found && found != row) ++m_replaced;
+        } else {
+            Row*& slot = m_map[KeyTraits::Of(row)];
+            if (slot && slot != row) ++m_replaced;
+            slot = row;
+        }
     }
 
     // Makes sure no entry refers to `row`. True when the entry found under the row's
     // key was removed while some row may still be shadowed under that key (the
     // caller decides whether to find it a place again).
     bool Remove(Row* row) {
-        const Probe probe = KeyTraits::Of(row);
-        auto* pair = m_map.PLookup(probe);
-        if (!pair) return false;
-        if (pair->value == row) {
-            m_map.RemoveKey(probe);
-            return m_replaced != 0;
+        if constexpr (kIntrusive) {
+            // A replaced row left the map when it was replaced.
+            return m_map.Remove(row) && m_replaced != 0;
+        } else {
+            const Probe probe = KeyTraits::Of(row);
+            auto* pair = m_map.PLookup(probe);
+            if (!pair) return false;
+            if (pair->value == row) {
+                m_map.RemoveKey(probe);
+                return m_replaced != 0;
+            }
+            if (pair->key == row) {
+                // The row found under this key is another one: keep it, under its own key.
+                Row* winner = pair->value;
+                m_map.RemoveKey(probe);
+                m_map[KeyTraits::Of(winner)] = winner;
+            }
+            return false;
         }
-        if (pair->key == row) {
-            // The row found under this key is another one: keep it, under its own key.
-            Row* winner = pair->value;
-            m_map.RemoveKey(probe);
-            m_map[KeyTraits::Of(winner)] = winner;
-        }
-        return false;
     }
 
     // Removes the entry that `probe` finds and returns the row it held, or null.
     // For rows whose key fields may have changed since they were added: the entry
     // is found by the key asked for, not by the row's present fields.
     Row* TakeFound(const Probe& probe) {
-        const auto* pair = m_map.PLookup(probe);
-        if (!pair) return nullptr;
-        Row* row = pair->value;
-        m_map.RemoveKey(probe);
-        return row;
+        if constexpr (kIntrusive) {
+            return m_map.RemoveKey(probe);
+        } else {
+            const auto* pair = m_map.PLookup(probe);
+            if (!pair) return nullptr;
+            Row* row = pair->value;
+            m_map.RemoveKey(probe);
+            return row;
+        }
     }
 
     int GetCount() const { return m_map.GetCount(); }
     UINT GetHashTableSize() const { return m_map.GetHashTableSize(); }
-    const Map& GetMap() const { return m_map; }
 
   private:
     Map m_map;
@@ -185,7 +209,7 @@ struct CNameSpaceIdKey {
     static Probe Of(Row* row) { return {row, row->*Field}; }
     static Probe Lookup(DWORD id) { return {nullptr, id}; }
     static UINT Hash(const Probe& probe) { return probe.id; }
-    static bool Equal(Row* const& stored, const Probe& probe) { return stored->*Field == probe.id; }
+    static bool Equal(const Row* stored, const Probe& probe) { return stored->*Field == probe.id; }
 };
 
 // Rows by a text field, byte for byte.
@@ -201,7 +225,7 @@ struct CNameSpaceTextKey {
     static Probe Of(Row* row) { return {row, TextOf(row)}; }
     static Probe Lookup(std::string_view text) { return {nullptr, text}; }
     static UINT Hash(const Probe& probe) { return HashText(probe.text); }
-    static bool Equal(Row* const& stored, const Probe& probe) {
+    static bool Equal(const Row* stored, const Probe& probe) {
         return TextOf(stored) == probe.text;
     }
 };
@@ -215,7 +239,7 @@ struct CNameSpaceNoCaseKey {
     static Probe Of(Row* row) { return {row, TextOf(row)}; }
     static Probe Lookup(std::string_view text) { return {nullptr, text}; }
     static UINT Hash(const Probe& probe) { return HashTextNoCase(probe.text); }
-    static bool Equal(Row* const& stored, const Probe& probe) {
+    static bool Equal(const Row* stored, const Probe& probe) {
         return EqualNoCase(TextOf(stored), probe.text);
     }
 };

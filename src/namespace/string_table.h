@@ -52,7 +52,13 @@ class CKelLargeString final : public CEnhRow<CLargeStringBase, CEnhLargeStringTa
 template <class Row>
 class CEnhStringTable : public CEnhTableBase {
   public:
-    using IdKey = tessmeta::CNameSpaceIdKey<Row, &Row::String_ID>;
+    // The id map, filed at every load, keeps its entries in the rows, in the key-map
+    // link every CEnhRow has (a string's id is its key); the text maps, filed only
+    // when a text is looked up, keep theirs apart, so that a load does not carry
+    // their links.
+    struct IdKey : tessmeta::CNameSpaceIdKey<Row, &Row::String_ID> {
+        static CMapLink& Link(Row* row) { return row->KeyMapLink(); }
+    };
     using TextKey = tessmeta::CNameSpaceTextKey<Row, &Row::Text>;
     using NoCaseKey = tessmeta::CNameSpaceNoCaseKey<Row, &Row::Text>;
     using IdMap = tessmeta::CNameSpaceRowMap<Row, IdKey>;

@@ -36,7 +36,10 @@
 
 class CEnhStringUsageTable;
 
-class CKelStringUsage final : public CEnhRow<CStringUsageBase, CEnhStringUsageTable> {};
+class CKelStringUsage final : public CEnhRow<CStringUsageBase, CEnhStringUsageTable> {
+  public:
+    CMapLink m_objectLink;  // the row's entry in the map by (object, usage type)
+};
 
 struct SStringUsageTraits : CEnhTableTraits<CKelStringUsage> {
     static constexpr DWORD Row::*kForeignKey = &Row::String_ID;
@@ -61,7 +64,8 @@ struct SStringUsageObjectKey {
     static UINT Hash(const Probe& probe) {
         return tessmeta::HashStringUsage(probe.objectId, probe.usageTypeId);
     }
-    static bool Equal(CKelStringUsage* const& stored, const Probe& probe) {
+    static CMapLink& Link(CKelStringUsage* row) { return row->m_objectLink; }
+    static bool Equal(const CKelStringUsage* stored, const Probe& probe) {
         return stored->Object_ID == probe.objectId &&
                stored->String_Usage_Type_ID == probe.usageTypeId;
     }

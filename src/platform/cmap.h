@@ -13,8 +13,8 @@
 //     keys, their hashes and the order of insertion.
 //   - Inserting a key equal to a present one (SetAt, operator[]) keeps the stored key
 //     and its place, and replaces only the value.
-//   - Nodes come from blocks of `nBlockSize` nodes and more (node_pool.h); a bucket
-//     array of two megabytes or more is a huge block (huge_block.h).
+//   - Nodes come from blocks of `nBlockSize` nodes and more (node_pool.h); the
+//     bucket array is a CHashBuckets (hash_buckets.h), shared with CIntrusiveMap.
 //
 // Costs: a lookup is one hash, one modulo and a walk of one chain, comparing the
 // stored full hash before calling TRAITS::Equal; it never allocates. Sizing the
@@ -45,7 +45,7 @@
 #include <type_traits>
 
 #include "platform/cstring.h"
-#include "platform/huge_block.h"
+#include "platform/hash_buckets.h"
 #include "platform/node_pool.h"
 #include "platform/types.h"
 
@@ -87,6 +87,13 @@ struct CMapDefaultTraits {
     static bool Equal(const KEY& stored, ARG_KEY key) { return stored == key; }
 };
 
+// Whether TRAITS opt in to growth (see above).
+template <class TRAITS>
+inline constexpr bool kMapTraitsGrow = [] {
+    if constexpr (requires { TRAITS::kGrow; }) return static_cast<bool>(TRAITS::kGrow);
+    return false;
+}();
+
 template <class KEY, class ARG_KEY, class VALUE, class ARG_VALUE,
           class TRAITS = CMapDefaultTraits<KEY, ARG_KEY>>
 class CMap {
@@ -104,7 +111,7 @@ class CMap {
     int GetCount() const { return m_nCount; }
     int GetSize() const { return m_nCount; }
     bool IsEmpty() const { return m_nCount == 0; }
-    UINT GetHashTableSize() const { return m_nHashTableSize; }
+    UINT GetHashTableSize() const { return m_buckets.GetSize(); }
 
     // Sets the bucket count (0 reads as 1) and frees the current bucket array; with
     // allocNow the new array is allocated at once, else at the next insertion. Called
@@ -112,8 +119,8 @@ class CMap {
     // buckets computed for another size.
     void InitHashTable(UINT hashSize, BOOL allocNow = TRUE) {
         RemoveAll();
-        m_nHashTableSize = hashSize ? hashSize : 1;
-        if (allocNow) AllocateTable();
+        m_buckets.SetSize(hashSize);
+        if (allocNow) m_buckets.Allocate();
     }
 
     BOOL Lookup(ARG_KEY key, VALUE& value) const {
@@ -136,54 +143,40 @@ class CMap {
     // Removes the entry equal to `key`; FALSE when there is none. Removing the last
     // entry frees the bucket array and the node blocks.
     BOOL RemoveKey(ARG_KEY key) {
-        if (!m_pHashTable) return FALSE;
-        const UINT hash = TRAITS::Hash(key);
-        for (CAssoc** link = &m_pHashTable[hash % m_nHashTableSize]; *link;
-             link = &(*link)->pNext) {
-            CAssoc* assoc = *link;
-            if (assoc->nHashValue == hash && TRAITS::Equal(assoc->key, key)) {
-                *link = assoc->pNext;
-                FreeAssoc(assoc);
-                return TRUE;
-            }
-        }
-        return FALSE;
+        CAssoc* assoc = m_buckets.Unlink(
+            TRAITS::Hash(key), [&](const CAssoc* a) { return TRAITS::Equal(a->key, key); });
+        if (!assoc) return FALSE;
+        FreeAssoc(assoc);
+        return TRUE;
     }
 
     // Destroys every entry and frees the bucket array and node blocks; the bucket
     // count is kept.
     void RemoveAll() {
-        if (m_pHashTable) {
-            for (UINT bucket = 0; bucket < m_nHashTableSize; ++bucket) {
-                for (CAssoc* assoc = m_pHashTable[bucket]; assoc;) {
-                    CAssoc* next = assoc->pNext;
-                    assoc->~CAssoc();
-                    assoc = next;
-                }
-            }
-            FreeTable(m_pHashTable, m_nHashTableSize, m_hugeTable);
-            m_pHashTable = nullptr;
-        }
+        m_buckets.ForEach([](CAssoc* assoc) { assoc->~CAssoc(); });
+        m_buckets.Free();
         m_nCount = 0;
         m_pool.Reset();
     }
 
     // Iteration in bucket order. The map must not change between the calls, except
     // that the entry just returned may be removed.
-    POSITION GetStartPosition() const { return ToPosition(FirstFrom(0)); }
+    POSITION GetStartPosition() const { return ToPosition(m_buckets.First()); }
     void GetNextAssoc(POSITION& position, KEY& key, VALUE& value) const {
         assert(position != nullptr);
         const CAssoc* assoc = reinterpret_cast<const CAssoc*>(position);
         key = assoc->key;
         value = assoc->value;
-        position = ToPosition(Next(assoc));
+        position = ToPosition(m_buckets.Next(assoc));
     }
     // The same walk without copying keys and values; null at the end.
-    CPair* PGetFirstAssoc() { return FirstFrom(0); }
-    const CPair* PGetFirstAssoc() const { return FirstFrom(0); }
-    CPair* PGetNextAssoc(const CPair* pair) { return Next(static_cast<const CAssoc*>(pair)); }
+    CPair* PGetFirstAssoc() { return m_buckets.First(); }
+    const CPair* PGetFirstAssoc() const { return m_buckets.First(); }
+    CPair* PGetNextAssoc(const CPair* pair) {
+        return m_buckets.Next(static_cast<const CAssoc*>(pair));
+    }
     const CPair* PGetNextAssoc(const CPair* pair) const {
-        return Next(static_cast<const CAssoc*>(pair));
+        return m_buckets.Next(static_cast<const CAssoc*>(pair));
     }
 
   private:
@@ -192,100 +185,34 @@ class CMap {
         UINT nHashValue;  // full hash: a cheap filter before Equal, and the bucket
     };
     static_assert(alignof(CAssoc) <= alignof(std::max_align_t));
+    struct SLinks {
+        static CAssoc* GetNext(const CAssoc* assoc) { return assoc->pNext; }
+        static void SetNext(CAssoc* assoc, CAssoc* next) { assoc->pNext = next; }
+        static UINT GetHash(const CAssoc* assoc) { return assoc->nHashValue; }
+    };
 
     static POSITION ToPosition(const CAssoc* assoc) {
         return reinterpret_cast<POSITION>(const_cast<CAssoc*>(assoc));
     }
 
     CAssoc* Find(ARG_KEY key, UINT hash) const {
-        if (!m_pHashTable) return nullptr;
-        for (CAssoc* assoc = m_pHashTable[hash % m_nHashTableSize]; assoc; assoc = assoc->pNext) {
-            if (assoc->nHashValue == hash && TRAITS::Equal(assoc->key, key)) return assoc;
-        }
-        return nullptr;
-    }
-
-    CAssoc* FirstFrom(UINT bucket) const {
-        if (!m_pHashTable) return nullptr;
-        for (; bucket < m_nHashTableSize; ++bucket) {
-            if (m_pHashTable[bucket]) return m_pHashTable[bucket];
-        }
-        return nullptr;
-    }
-
-    CAssoc* Next(const CAssoc* assoc) const {
-        return assoc->pNext ? assoc->pNext : FirstFrom(assoc->nHashValue % m_nHashTableSize + 1);
-    }
-
-    void AllocateTable() { m_pHashTable = NewTable(m_nHashTableSize, m_hugeTable); }
-
-    // A zeroed bucket array; a large one from huge pages when the system has them.
-    static std::size_t HugeTableBytes(UINT size) {
-        const std::size_t bytes = sizeof(CAssoc*) * size;
-        if (bytes < tessmeta::kHugeBlockBytes) return 0;
-        return (bytes + tessmeta::kHugeBlockBytes - 1) / tessmeta::kHugeBlockBytes *
-               tessmeta::kHugeBlockBytes;
-    }
-    static CAssoc** NewTable(UINT size, bool& huge) {
-        huge = false;
-        if (const std::size_t bytes = HugeTableBytes(size)) {
-            if (void* block = tessmeta::AllocateHugeBlock(bytes)) {
-                huge = true;
-                return static_cast<CAssoc**>(block);
-            }
-        }
-        return new CAssoc*[size]();
-    }
-    static void FreeTable(CAssoc** table, UINT size, bool huge) noexcept {
-        if (huge)
-            tessmeta::FreeHugeBlock(table, HugeTableBytes(size));
-        else
-            delete[] table;
+        return m_buckets.Find(hash, [&](const CAssoc* a) { return TRAITS::Equal(a->key, key); });
     }
 
     CAssoc* Insert(ARG_KEY key, UINT hash) {
-        if (!m_pHashTable) AllocateTable();
-        CAssoc*& head = m_pHashTable[hash % m_nHashTableSize];
+        m_buckets.Allocate();
         void* storage = m_pool.Alloc();
         CAssoc* assoc;
         try {
-            assoc = ::new (storage) CAssoc{{KEY(key), VALUE()}, head, hash};
+            assoc = ::new (storage) CAssoc{{KEY(key), VALUE()}, nullptr, hash};
         } catch (...) {
             m_pool.Free(storage);
             throw;
         }
-        head = assoc;
+        m_buckets.Push(assoc);
         ++m_nCount;
-        if constexpr (kGrows) {
-            if (static_cast<UINT>(m_nCount) / 2 > m_nHashTableSize) Grow();
-        }
+        if constexpr (kMapTraitsGrow<TRAITS>) m_buckets.GrowAfterInsert(m_nCount);
         return assoc;
-    }
-
-    static constexpr bool kGrows = [] {
-        if constexpr (requires { TRAITS::kGrow; }) return static_cast<bool>(TRAITS::kGrow);
-        return false;
-    }();
-
-    // Moves every node to a bucket array of 2n + 1 buckets. Nodes stay where they
-    // are in memory, so references to values stay valid.
-    void Grow() {
-        const UINT size = m_nHashTableSize * 2 + 1;
-        bool huge = false;
-        CAssoc** table = NewTable(size, huge);
-        for (UINT bucket = 0; bucket < m_nHashTableSize; ++bucket) {
-            for (CAssoc* assoc = m_pHashTable[bucket]; assoc;) {
-                CAssoc* next = assoc->pNext;
-                CAssoc*& head = table[assoc->nHashValue % size];
-                assoc->pNext = head;
-                head = assoc;
-                assoc = next;
-            }
-        }
-        FreeTable(m_pHashTable, m_nHashTableSize, m_hugeTable);
-        m_hugeTable = huge;
-        m_pHashTable = table;
-        m_nHashTableSize = size;
     }
 
     void FreeAssoc(CAssoc* assoc) {
@@ -294,9 +221,7 @@ class CMap {
         if (--m_nCount == 0) RemoveAll();
     }
 
-    CAssoc** m_pHashTable = nullptr;
-    UINT m_nHashTableSize = 17;
+    CHashBuckets<CAssoc, SLinks> m_buckets;
     int m_nCount = 0;
-    bool m_hugeTable = false;  // the bucket array is a huge block
     CNodePool m_pool;
 };

@@ -87,7 +87,7 @@ void CEnhRepoObjModTable::Append(CKelObjectModifications* row) {
     row->m_bDataDictionary = IsDataDictionaryObject(row) != FALSE;
     row->m_pNextOfObject = nullptr;
     if (row->m_bDataDictionary)
-        row->SetListPosition(m_dataDictRows.AddTail(row));
+        m_dataDictRows.AddTail(row);
     else
         AddRow(row);
     row->SetEnhTable(this);
@@ -238,9 +238,8 @@ void CEnhRepoObjModTable::Unlink(CKelObjectModifications* row) {
         UnfileByObject(row);
     }
     if (row->m_bDataDictionary) {
-        const POSITION position = row->GetListPosition();
+        m_dataDictRows.Remove(row);
         delete row;
-        m_dataDictRows.RemoveAt(position);
     } else {
         Remove(row);
     }

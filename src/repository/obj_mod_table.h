@@ -160,9 +160,9 @@ class CEnhRepoObjModTable : public CEnhTableBase {
     // Takes the row out of the indexes and its list, and destroys it.
     void Unlink(CKelObjectModifications* row);
 
-    CGuidMgr* m_pGuids;           // not owned; may be null
-    CIdentityMgr* m_pKeys;        // not owned
-    CPtrList m_dataDictRows{10};  // owns its rows; the diagram list is the base's row list
+    CGuidMgr* m_pGuids;       // not owned; may be null
+    CIdentityMgr* m_pKeys;    // not owned
+    CRowList m_dataDictRows;  // owns its rows; the diagram list is the base's row list
     // The indexes are derived from the lists: a load leaves them to be filed on
     // first use (a lookup, an insert or a removal), hence mutable.
     mutable CKeyMap m_byKey{10};
