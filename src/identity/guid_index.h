@@ -24,7 +24,7 @@
 #include <cstring>
 
 #include "platform/guid.h"
-#include "platform/huge_block.h"
+#include "platform/hash_buckets.h"
 #include "platform/types.h"
 
 // Hash of the GUID index: the two 64-bit halves, multiplied apart and folded. Any
@@ -47,37 +47,37 @@ struct SGuidHashTraits {
 };
 
 // Row: ObjectGuid (GUID), Unique_Object_ID (convertible to ULONG) and NextByGuid
-// (Row*, the index's link, owned by the index while the row is filed).
+// (Row*, the index's link, owned by the index while the row is filed). The bucket
+// array, chain order and growth are those of every chained map (hash_buckets.h);
+// the hash is not stored but recomputed from the row's GUID.
 template <class Row>
 class CGuidIndex {
   public:
     CGuidIndex() = default;
     CGuidIndex(const CGuidIndex&) = delete;
     CGuidIndex& operator=(const CGuidIndex&) = delete;
-    ~CGuidIndex() { FreeTable(); }
 
     int GetCount() const { return m_nCount; }
-    UINT GetHashTableSize() const { return m_nSize; }
+    UINT GetHashTableSize() const { return m_buckets.GetSize(); }
 
     // Drops every entry and allocates `size` buckets (0 reads as 1).
     void InitHashTable(UINT size) {
         RemoveAll();
-        m_nSize = size ? size : 1;
-        AllocateTable();
+        m_buckets.SetSize(size);
+        m_buckets.Allocate();
     }
     // Drops every entry (the rows stay as they are) and frees the bucket array; the
     // size is kept.
     void RemoveAll() {
-        FreeTable();
+        m_buckets.Free();
         m_nCount = 0;
     }
 
     // The row filed under `guid`; null when there is none.
     Row* Find(const GUID& guid) const {
-        if (!m_pTable) return nullptr;
-        for (Row* row = m_pTable[SGuidHashTraits::Hash(guid) % m_nSize]; row; row = row->NextByGuid)
-            if (SGuidHashTraits::Equal(row->ObjectGuid, guid)) return row;
-        return nullptr;
+        return m_buckets.Find(SGuidHashTraits::Hash(guid), [&](const Row* row) {
+            return SGuidHashTraits::Equal(row->ObjectGuid, guid);
+        });
     }
     // The id filed under `guid` in `id`; FALSE (id untouched) when there is none.
     BOOL Lookup(const GUID& guid, ULONG& id) const {
@@ -89,106 +89,47 @@ class CGuidIndex {
 
     // Files `row` under its GUID unless a row with a non-zero id holds it.
     void File(Row* row) {
-        Row** link = LinkOf(row->ObjectGuid);
-        if (!link || !*link)
+        Row* found = Find(row->ObjectGuid);
+        if (!found)
             Insert(row);
-        else if ((*link)->Unique_Object_ID == 0 && row->Unique_Object_ID != 0)
-            Replace(link, row);
+        else if (found->Unique_Object_ID == 0 && row->Unique_Object_ID != 0)
+            Replace(found, row);
     }
     // Files `row` under its GUID, in place of the row holding it if there is one.
     void Refile(Row* row) {
-        Row** link = LinkOf(row->ObjectGuid);
-        if (link && *link)
-            Replace(link, row);
+        if (Row* found = Find(row->ObjectGuid))
+            Replace(found, row);
         else
             Insert(row);
     }
     // Takes the entry under `guid` out; FALSE when there is none. The last entry
     // takes the bucket array with it.
     BOOL Remove(const GUID& guid) {
-        Row** link = LinkOf(guid);
-        if (!link || !*link) return FALSE;
-        Row* row = *link;
-        *link = row->NextByGuid;
+        Row* row = m_buckets.Unlink(SGuidHashTraits::Hash(guid), [&](const Row* stored) {
+            return SGuidHashTraits::Equal(stored->ObjectGuid, guid);
+        });
+        if (!row) return FALSE;
         row->NextByGuid = nullptr;
         if (--m_nCount == 0) RemoveAll();
         return TRUE;
     }
 
   private:
-    // The link that points at the row filed under `guid`, or the null link at the
-    // end of its chain; null without a bucket array.
-    Row** LinkOf(const GUID& guid) {
-        if (!m_pTable) return nullptr;
-        Row** link = &m_pTable[SGuidHashTraits::Hash(guid) % m_nSize];
-        while (*link && !SGuidHashTraits::Equal((*link)->ObjectGuid, guid))
-            link = &(*link)->NextByGuid;
-        return link;
-    }
+    struct SLinks {
+        static Row* GetNext(const Row* row) { return row->NextByGuid; }
+        static void SetNext(Row* row, Row* next) { row->NextByGuid = next; }
+        static UINT GetHash(const Row* row) { return SGuidHashTraits::Hash(row->ObjectGuid); }
+    };
 
     void Insert(Row* row) {
-        if (!m_pTable) AllocateTable();
-        Row*& head = m_pTable[SGuidHashTraits::Hash(row->ObjectGuid) % m_nSize];
-        row->NextByGuid = head;
-        head = row;
-        if (static_cast<UINT>(++m_nCount) / 2 > m_nSize) Grow();
+        m_buckets.Push(row);
+        m_buckets.GrowAfterInsert(++m_nCount);
     }
-    static void Replace(Row** link, Row* row) {
-        Row* old = *link;
-        row->NextByGuid = old->NextByGuid;
+    void Replace(Row* old, Row* row) {
+        m_buckets.Replace(old, row);
         old->NextByGuid = nullptr;
-        *link = row;
     }
 
-    // Every entry to 2n + 1 buckets, bucket by bucket, each chain from its head.
-    void Grow() {
-        const UINT size = m_nSize * 2 + 1;
-        bool huge = false;
-        Row** table = NewTable(size, huge);
-        for (UINT bucket = 0; bucket < m_nSize; ++bucket) {
-            for (Row* row = m_pTable[bucket]; row;) {
-                Row* next = row->NextByGuid;
-                Row*& head = table[SGuidHashTraits::Hash(row->ObjectGuid) % size];
-                row->NextByGuid = head;
-                head = row;
-                row = next;
-            }
-        }
-        FreeTable();
-        m_pTable = table;
-        m_bHuge = huge;
-        m_nSize = size;
-    }
-
-    void AllocateTable() { m_pTable = NewTable(m_nSize, m_bHuge); }
-    static std::size_t HugeBytes(UINT size) {
-        const std::size_t bytes = sizeof(Row*) * size;
-        if (bytes < tessmeta::kHugeBlockBytes) return 0;
-        return (bytes + tessmeta::kHugeBlockBytes - 1) / tessmeta::kHugeBlockBytes *
-               tessmeta::kHugeBlockBytes;
-    }
-    static Row** NewTable(UINT size, bool& huge) {
-        huge = false;
-        if (const std::size_t bytes = HugeBytes(size)) {
-            if (void* block = tessmeta::AllocateHugeBlock(bytes)) {
-                huge = true;
-                return static_cast<Row**>(block);
-            }
-        }
-        return new Row*[size]();
-    }
-    void FreeTable() noexcept {
-        if (!m_pTable) return;
-        if (m_bHuge)
-            tessmeta::FreeHugeBlock(m_pTable, HugeBytes(m_nSize));
-        else
-            delete[] m_pTable;
-        m_pTable = nullptr;
-        m_bHuge = false;
-    }
-
-    Row** m_pTable = nullptr;
-    UINT m_nSize = 17;
+    CHashBuckets<Row, SLinks> m_buckets;
     int m_nCount = 0;
-    bool m_bHuge = false;
 };
