@@ -1,7 +1,9 @@
 #include "platform/guid.h"
 
+#include <pthread.h>
 #include <sys/random.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -32,6 +34,42 @@ bool KernelRandom(unsigned char* out, size_t size) {
     return ok;
 }
 
+// GUIDs take their random bytes from a per-thread pool that one kernel call fills
+// for 256 of them: a call per GUID was a tenth of generating a large model. Every
+// byte is handed out once. A fork() child drops the pool it inherited, since the
+// parent goes on handing out the same bytes: the child handler below moves a
+// generation number that each pool compares with its own before use.
+struct SRandomPool {
+    unsigned char bytes[4096];
+    std::size_t next = sizeof bytes;  // all used: filled on first use
+    unsigned generation = 0;
+};
+
+std::atomic<unsigned> g_forkGeneration{0};
+thread_local SRandomPool t_pool;
+
+void CountFork() {
+    g_forkGeneration.fetch_add(1, std::memory_order_relaxed);
+}
+
+bool PooledRandom(unsigned char* out, std::size_t size) {
+    static const int registered = pthread_atfork(nullptr, nullptr, CountFork);
+    if (registered != 0) return KernelRandom(out, size);  // no way to see a fork: no pool
+    SRandomPool& pool = t_pool;
+    const unsigned generation = g_forkGeneration.load(std::memory_order_relaxed);
+    if (pool.generation != generation) {
+        pool.next = sizeof pool.bytes;
+        pool.generation = generation;
+    }
+    if (sizeof pool.bytes - pool.next < size) {
+        if (!KernelRandom(pool.bytes, sizeof pool.bytes)) return false;
+        pool.next = 0;
+    }
+    std::memcpy(out, pool.bytes + pool.next, size);
+    pool.next += size;
+    return true;
+}
+
 int HexValue(unsigned char ch) {
     if (ch >= '0' && ch <= '9') return ch - '0';
     if (ch >= 'a' && ch <= 'f') return ch - 'a' + 10;
@@ -52,7 +90,7 @@ bool operator==(const GUID& a, const GUID& b) noexcept {
 RPC_STATUS UuidCreate(UUID* uuid) {
     if (!uuid) return RPC_S_INVALID_ARG;
     unsigned char bytes[sizeof(GUID)];
-    if (!KernelRandom(bytes, sizeof bytes)) return RPC_S_UUID_NO_ADDRESS;
+    if (!PooledRandom(bytes, sizeof bytes)) return RPC_S_UUID_NO_ADDRESS;
     GUID value;
     std::memcpy(&value, bytes, sizeof value);
     value.Data3 = static_cast<std::uint16_t>((value.Data3 & 0x0FFF) | 0x4000);
