@@ -50,7 +50,7 @@ ZMF_ROW_CLASS(CUniqueObjectRow, UniqueObject, Tech, Unique_Object_ID, ZMF_COLUMN
 // One unique object: the record-store columns (binary GUIDs instead of the texts)
 // and the mark of MarkForRemoval, which is not stored. A row in a table changes its
 // ObjectGuid only through CEnhUniqueObjectTable::SetObjectGuid, which refiles it.
-class CKelUniqueObject final : public CEnhRow<CUniqueObjectRow, CEnhUniqueObjectTable> {
+class CKelUniqueObject final : public CEnhRow<CUniqueObjectRow, CEnhUniqueObjectTable, false> {
   public:
     GUID ObjectGuid{};
     // The GUID index's link (guid_index.h), beside the key it chains by; only the

@@ -37,13 +37,13 @@ class CEnhLargeStringTable;
 class CEnhStringUsageTable;
 class CUsedStringIds;
 
-class CKelSmallString final : public CEnhRow<CSmallStringBase, CEnhSmallStringTable> {
+class CKelSmallString final : public CEnhRow<CSmallStringBase, CEnhSmallStringTable, false> {
   public:
     std::string_view GetText() const { return Text.GetValue().View(); }
     bool IsLarge() const { return Large_Flag != 0; }
 };
 
-class CKelLargeString final : public CEnhRow<CLargeStringBase, CEnhLargeStringTable> {
+class CKelLargeString final : public CEnhRow<CLargeStringBase, CEnhLargeStringTable, false> {
   public:
     std::string_view GetText() const { return Text.GetValue().View(); }
 };
