@@ -113,16 +113,34 @@ inline void ReleaseSavedTable(CEnhTableBase& table, int flag) {
         table.GetFile()->ReleaseTable(table.GetTablePtrAddr(), flag);
 }
 
+// The back pointer of a row to its table, or (kKept false) nothing: rows of the
+// largest tables, whose code never asks a row for its table, save 8 bytes each.
+template <class Table, bool kKept>
+class CEnhRowTableLink {
+  public:
+    Table* Get() const { return m_pTable; }
+    void Set(Table* table) { m_pTable = table; }
+
+  private:
+    Table* m_pTable = nullptr;  // not owned: the table owns the row
+};
+template <class Table>
+class CEnhRowTableLink<Table, false> {
+  public:
+    void Set(Table* /*table*/) {}
+};
+
 // A record-store row with a back pointer to the in-memory table that owns it, set
-// when the row enters the table. Copying copies every column and the back pointer
-// (not the list links).
-template <class RecordRow, class Table>
+// when the row enters the table (unless `kKeepsTable` is false: then GetEnhTable
+// does not exist). Copying copies every column and the back pointer (not the list
+// links).
+template <class RecordRow, class Table, bool kKeepsTable = true>
 class CEnhRow : public RecordRow {
   public:
     using TableType = Table;
 
-    Table* GetEnhTable() const { return m_pEnhTable; }
-    void SetEnhTable(Table* table) { m_pEnhTable = table; }
+    Table* GetEnhTable() const { return m_table.Get(); }
+    void SetEnhTable(Table* table) { m_table.Set(table); }
 
     // The row's link in its table's key map (CIntrusiveMap): the key map of a
     // CEnhTable, or the main map of a table that keys its rows itself (the string
@@ -130,7 +148,7 @@ class CEnhRow : public RecordRow {
     CMapLink& KeyMapLink() { return m_keyMapLink; }
 
   private:
-    Table* m_pEnhTable = nullptr;  // not owned: the table owns the row
+    [[no_unique_address]] CEnhRowTableLink<Table, kKeepsTable> m_table;
     CMapLink m_keyMapLink;
 };
 

@@ -47,22 +47,8 @@ bool KeptByGlobalIdMaps(const CGlobalIdMaps& /*maps*/, const CKelUniqueObject& /
     return true;
 }
 
-// Every column of a stored unique object but the two GUID texts.
-void CopyNonTextColumns(const CUniqueObjectBase& from, CUniqueObjectBase& to) {
-    to.Unique_Object_ID = from.Unique_Object_ID;
-    to.Object_Type_ID = from.Object_Type_ID;
-    to.Model_ID = from.Model_ID;
-    to.Object_Domain_ID = from.Object_Domain_ID;
-    to.Plex_ID_1 = from.Plex_ID_1;
-    to.Plex_ID_2 = from.Plex_ID_2;
-    to.Modification_Date = from.Modification_Date;
-    to.Creation_Time = from.Creation_Time;
-    to.Repository_Status = from.Repository_Status;
-    to.Reserved = from.Reserved;
-}
-
 void CopyToRecord(const CKelUniqueObject& row, CUniqueObjectBase& record) {
-    CopyNonTextColumns(row, record);
+    row.StoreColumns(record);
     tessmeta::GuidToText(row.ObjectGuid, record.Object_GUID);
     tessmeta::GuidToText(row.VersionGuid, record.Version_GUID);
 }
@@ -97,7 +83,7 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
     // into one reused buffer and only its other columns are copied into the row.
     LoadRecords<CUniqueObjectBase>([this, storedGuids](const CUniqueObjectBase& record) {
         CRowPtr<CKelUniqueObject> row = NewPooledRow<CKelUniqueObject>();
-        CopyNonTextColumns(record, *row);
+        row->AssignColumns(record);
         if (storedGuids) {
             // Empty or malformed text leaves the GUID nil.
             tessmeta::GuidFromText(record.Object_GUID.GetValue().View(), row->ObjectGuid);
@@ -131,11 +117,7 @@ CKelUniqueObject* CEnhUniqueObjectTable::EnterRow(CRowPtr<CKelUniqueObject> owne
     AddRow(owned.get());
     CKelUniqueObject* row = owned.release();
     row->SetEnhTable(this);
-    CKelUniqueObject*& byId = m_byId[row->Unique_Object_ID];
-    if (!byId) {
-        byId = row;
-        SyncSlot(row->Unique_Object_ID, row);
-    }
+    if (!m_byId.Add(row, false)) SyncSlot(row->Unique_Object_ID, row);
     if (!m_pOwner->IsNilGUIDStored() && (IsNilGuid(row->ObjectGuid) || IsNilGuid(row->VersionGuid)))
         m_pOwner->MarkNilGUIDStored();
     RaiseNextKey(row->Unique_Object_ID);
@@ -149,7 +131,7 @@ void CEnhUniqueObjectTable::FileByGuid(CKelUniqueObject* row) {
 int CEnhUniqueObjectTable::Delete(ULONG id) {
     CKelUniqueObject* row = GetRow(id);
     if (!row) return 0;
-    m_byId.RemoveKey(id);
+    m_byId.Remove(row);
     SyncSlot(id, nullptr);
     if (m_pByGuid && GetIdByGuid(row->ObjectGuid) == id) m_pByGuid->Remove(row->ObjectGuid);
     if (m_pCurrent == row) m_pCurrent = nullptr;

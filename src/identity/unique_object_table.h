@@ -6,8 +6,9 @@
 //
 // Rows live in the base's row list, which owns them (load order, then creation
 // order), and are found through two maps:
-//   - by id: bucket = id mod count; lookups read a slot per id beside it
-//     (id_slots.h), which mirrors the map's answers;
+//   - by id: bucket = id mod count, its entries the rows themselves (in the key-map
+//     link every CEnhRow has); lookups read a slot per id beside it (id_slots.h),
+//     which mirrors the map's answers;
 //   - by object GUID, only when the owner keeps one: an index whose entries are
 //     the rows (guid_index.h). Its hash mixes all 16 bytes.
 //     (Summing the bytes, the obvious choice, has only 4,081 possible values: a
@@ -21,8 +22,8 @@
 // loaded, so an id is never handed out twice while the model is open.
 //
 // Load and save convert GUIDs between the record store's text columns and the
-// rows' binary GUIDs (ObjectGuid, VersionGuid). The text columns Object_GUID and
-// Version_GUID of an in-memory row are transfer buffers only and stay empty.
+// rows' binary GUIDs (ObjectGuid, VersionGuid): an in-memory row has no text
+// columns, and each record is read into (and written from) one reused record.
 #pragma once
 
 #include <cstdint>
@@ -31,10 +32,10 @@
 
 #include "foundation/enh_table.h"
 #include "identity/guid_index.h"
-#include "identity/id_slots.h"
 #include "identity/id_traits.h"
-#include "platform/cmap.h"
 #include "platform/guid.h"
+#include "platform/id_slots.h"
+#include "platform/intrusive_map.h"
 #include "platform/types.h"
 #include "zmflib/rows.h"
 
@@ -42,10 +43,14 @@ class CGuidMgr;
 class CGlobalIdMaps;
 class CEnhUniqueObjectTable;
 
+// The stored columns of a unique object but the two GUID texts.
+ZMF_ROW_CLASS(CUniqueObjectRow, UniqueObject, Tech, Unique_Object_ID, ZMF_COLUMNS_UniqueObject,
+              NoText)
+
 // One unique object: the record-store columns (binary GUIDs instead of the texts)
 // and the mark of MarkForRemoval, which is not stored. A row in a table changes its
 // ObjectGuid only through CEnhUniqueObjectTable::SetObjectGuid, which refiles it.
-class CKelUniqueObject final : public CEnhRow<CUniqueObjectBase, CEnhUniqueObjectTable> {
+class CKelUniqueObject final : public CEnhRow<CUniqueObjectRow, CEnhUniqueObjectTable, false> {
   public:
     GUID ObjectGuid{};
     // The GUID index's link (guid_index.h), beside the key it chains by; only the
@@ -59,7 +64,17 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
   public:
     static constexpr DWORD kDefaultFileVersion = 530;
 
-    using IdMap = CMap<ULONG, ULONG, CKelUniqueObject*, CKelUniqueObject*, SIdHashTraits>;
+    // Id to row, its entries in the rows' key-map links; the first row entered
+    // under an id answers.
+    struct SIdKey : SIdHashTraits {
+        using Probe = ULONG;
+        static CMapLink& Link(CKelUniqueObject* row) { return row->KeyMapLink(); }
+        static ULONG Of(const CKelUniqueObject* row) { return row->Unique_Object_ID; }
+        static bool Equal(const CKelUniqueObject* stored, ULONG id) {
+            return stored->Unique_Object_ID == id;
+        }
+    };
+    using IdMap = CIntrusiveMap<CKelUniqueObject, SIdKey>;
     // GUID to id, its entries in the rows.
     using GuidMap = CGuidIndex<CKelUniqueObject>;
 
@@ -119,11 +134,7 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     const GuidMap* GetGuidMap() const { return m_pByGuid.get(); }
 
   private:
-    CKelUniqueObject* MapFind(ULONG id) const {
-        CKelUniqueObject* row = nullptr;
-        m_byId.Lookup(id, row);
-        return row;
-    }
+    CKelUniqueObject* MapFind(ULONG id) const { return m_byId.Find(id); }
     // The id map's answer for `id` changed: the slots follow it.
     void SyncSlot(ULONG id, CKelUniqueObject* row) {
         m_byIdSlots.Set(id, row, static_cast<std::size_t>(GetRowCount()),
@@ -138,7 +149,7 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     // A new object GUID for a row being saved, copied to its domain when it owns one.
     void RenewObjectGuid(CKelUniqueObject& row);
 
-    IdMap m_byId{10};
+    IdMap m_byId;
     CIdSlots<CKelUniqueObject> m_byIdSlots;
     std::unique_ptr<GuidMap> m_pByGuid;  // null unless the owner keeps one
     CKelUniqueObject* m_pCurrent = nullptr;

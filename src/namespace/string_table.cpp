@@ -22,9 +22,8 @@ template <class Row>
 void CEnhStringTable<Row>::Init(unsigned int bucketCount) {
     const UINT buckets = LoadBucketCount(bucketCount);
     m_byId.InitHashTable(buckets);
-    m_byIdDense.clear();
-    m_byIdDense.reserve(std::size_t{buckets} + 1);  // ids 1 to the stored row count
-    m_beyondDense = false;
+    m_byIdSlots.Clear();
+    m_byIdSlots.Reserve(std::size_t{buckets} + 1);  // ids 1 to the stored row count
     m_byText.InitHashTable(buckets);
     m_byTextNoCase.InitHashTable(buckets);
     m_byTextPending = m_byTextNoCasePending = true;
@@ -64,33 +63,12 @@ Row* CEnhStringTable<Row>::Enter(CRowPtr<Row> owned) {
     Row* row = owned.release();
     row->SetEnhTable(static_cast<typename Row::TableType*>(this));
     m_byId.Add(row);
-    EnterDense(row);
+    // The map's rule: the row added last is found.
+    m_byIdSlots.Set(row->String_ID, row, static_cast<std::size_t>(GetRowCount()),
+                    [this](ULONG other) { return MapFind(other); });
     if (!m_byTextPending) m_byText.Add(row);
     if (!m_byTextNoCasePending) m_byTextNoCase.Add(row);
     return row;
-}
-
-template <class Row>
-void CEnhStringTable<Row>::EnterDense(Row* row) {
-    const ULONG id = row->String_ID;
-    if (id < m_byIdDense.size()) {
-        m_byIdDense[id] = row;  // the map's rule: the row added last is found
-        return;
-    }
-    // Slots for at most twice the rows (and a first few thousand): 8 bytes a row.
-    const std::size_t limit = 2 * static_cast<std::size_t>(GetRowCount()) + 4096;
-    if (id >= limit) {
-        m_beyondDense = true;
-        return;
-    }
-    const std::size_t covered = m_byIdDense.size();
-    m_byIdDense.resize(std::min(limit, std::max<std::size_t>(id + 1, covered + covered / 4 + 64)));
-    if (m_beyondDense) {
-        for (std::size_t other = covered; other < m_byIdDense.size(); ++other)
-            m_byIdDense[other] = m_byId.Find(IdKey::Lookup(static_cast<ULONG>(other)));
-    } else {
-        m_byIdDense[id] = row;
-    }
 }
 
 template <class Row>
@@ -117,7 +95,7 @@ template <class Row>
 void CEnhStringTable<Row>::Purge(Row* row, SLostKeys& lost) {
     // A pending map is filed later from the rows still listed: nothing to undo.
     if (m_byId.Remove(row)) lost.byId.push_back(IdKey::Hash(IdKey::Of(row)));
-    SyncDense(row->String_ID);
+    SyncSlot(row->String_ID);
     if (!m_byTextPending && m_byText.Remove(row))
         lost.byText.push_back(TextKey::Hash(TextKey::Of(row)));
     if (!m_byTextNoCasePending && m_byTextNoCase.Remove(row))
@@ -145,7 +123,7 @@ void CEnhStringTable<Row>::RefileShadowedRows(SLostKeys& lost) {
         }
         if constexpr (std::is_same_v<decltype(key), IdKey>)
             for (Row* row : candidates)
-                SyncDense(row->String_ID);
+                SyncSlot(row->String_ID);
     };
     refile(m_byId, lost.byId, IdKey{});
     refile(m_byText, lost.byText, TextKey{});

@@ -27,6 +27,7 @@
 #include "foundation/enh_table_base.h"
 #include "namespace/name_space_maps.h"
 #include "platform/cstring.h"
+#include "platform/id_slots.h"
 #include "platform/types.h"
 #include "zmflib/rows.h"
 #include "zmflib/zmf_file.h"
@@ -36,13 +37,13 @@ class CEnhLargeStringTable;
 class CEnhStringUsageTable;
 class CUsedStringIds;
 
-class CKelSmallString final : public CEnhRow<CSmallStringBase, CEnhSmallStringTable> {
+class CKelSmallString final : public CEnhRow<CSmallStringBase, CEnhSmallStringTable, false> {
   public:
     std::string_view GetText() const { return Text.GetValue().View(); }
     bool IsLarge() const { return Large_Flag != 0; }
 };
 
-class CKelLargeString final : public CEnhRow<CLargeStringBase, CEnhLargeStringTable> {
+class CKelLargeString final : public CEnhRow<CLargeStringBase, CEnhLargeStringTable, false> {
   public:
     std::string_view GetText() const { return Text.GetValue().View(); }
 };
@@ -71,8 +72,7 @@ class CEnhStringTable : public CEnhTableBase {
     void Init(unsigned int bucketCount) override;
 
     Row* FindById(ULONG id) const {
-        if (id < m_byIdDense.size()) return m_byIdDense[id];
-        return m_beyondDense ? m_byId.Find(IdKey::Lookup(id)) : nullptr;
+        return m_byIdSlots.Find(id, [this](ULONG beyond) { return MapFind(beyond); });
     }
     Row* FindByText(std::string_view text) const {
         return FiledTextMap().Find(TextKey::Lookup(text));
@@ -122,18 +122,14 @@ class CEnhStringTable : public CEnhTableBase {
     template <class Map>
     void File(Map& map, bool& pending) const;
 
-    // The id map's answers for the ids below the vector's size, one slot each: ids
-    // are handed out in order, so for them a slot is one read where the map walks a
-    // bucket and a node. Ids far above the row count (a sparse copied range) stay in
-    // the map alone, and m_beyondDense says that some may.
-    void EnterDense(Row* row);
-    void SyncDense(ULONG id) {
-        if (id < m_byIdDense.size()) m_byIdDense[id] = m_byId.Find(IdKey::Lookup(id));
+    // The id map's answers, one slot per id (id_slots.h).
+    Row* MapFind(ULONG id) const { return m_byId.Find(IdKey::Lookup(id)); }
+    void SyncSlot(ULONG id) {
+        m_byIdSlots.Sync(id, [this](ULONG other) { return MapFind(other); });
     }
 
     IdMap m_byId;
-    std::vector<Row*> m_byIdDense;
-    bool m_beyondDense = false;
+    CIdSlots<Row> m_byIdSlots;
     mutable TextMap m_byText;
     mutable NoCaseMap m_byTextNoCase;
     mutable bool m_byTextPending = false;

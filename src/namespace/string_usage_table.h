@@ -36,7 +36,7 @@
 
 class CEnhStringUsageTable;
 
-class CKelStringUsage final : public CEnhRow<CStringUsageBase, CEnhStringUsageTable> {
+class CKelStringUsage final : public CEnhRow<CStringUsageBase, CEnhStringUsageTable, false> {
   public:
     CMapLink m_objectLink;  // the row's entry in the map by (object, usage type)
 };

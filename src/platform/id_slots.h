@@ -3,8 +3,8 @@
 // Ids are handed out in order, so the ids of a table are nearly dense: slot `id`
 // holds what the map answers for `id` (null for nothing), and a lookup reads the
 // slot where the map would hash, read a bucket and walk a node. The map stays the
-// authority; the owner reports every change of the map's answer for an id (Set),
-// and the slots mirror it.
+// authority; the owner reports every change of the map's answer for an id (Set, or
+// Sync to read it from the map), and the slots mirror it.
 //
 // Cost bound: slots cover at most twice the row count plus a few thousand, so they
 // cost 8 to 16 bytes a row. An id beyond that (a sparse copied range) is left to the
@@ -51,6 +51,12 @@ class CIdSlots {
         } else {
             m_slots[id] = row;
         }
+    }
+
+    // The map's answer for `id` may have changed: a covered slot reads it again.
+    template <class MapFind>
+    void Sync(ULONG id, MapFind&& mapFind) {
+        if (id < m_slots.size()) m_slots[id] = mapFind(id);
     }
 
     // Makes room for ids below `count` at once (a load that knows its row count).
