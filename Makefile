@@ -21,7 +21,9 @@ demo: build
 test: build
 	ctest --preset release
 
-asan: deps
+# The sanitizer build is clang's and also builds the fuzz targets (`make fuzz`).
+asan:
+	@./scripts/install-deps.sh fuzz
 	cmake --preset asan
 	cmake --build --preset asan
 	ctest --preset asan
@@ -29,19 +31,20 @@ asan: deps
 bench: build
 	@for b in build/release/bench/bench_*; do echo "== $$b"; $$b --benchmark_counters_tabular=true || exit 1; done
 
-# Each target starts from its committed seeds (tests/fuzz/corpus/<target>) and
-# keeps what it learns in build/fuzz/corpus/<target>; a finding stops the run with
-# the crashing input saved as build/fuzz/crash-*.
+# The fuzz targets come from the sanitizer build (build/asan). Each starts from its
+# committed seeds (tests/fuzz/corpus/<target>) and keeps what it learns in
+# build/asan/corpus/<target>; a finding stops the run with the crashing input saved
+# as build/asan/crash-*.
 fuzz:
 	@./scripts/install-deps.sh fuzz
-	cmake --preset fuzz
-	cmake --build --preset fuzz
+	cmake --preset asan
+	cmake --build --preset asan --target $(addprefix fuzz_,$(FUZZ_TARGETS))
 	@for t in $(FUZZ_TARGETS); do \
-	  mkdir -p build/fuzz/corpus/$$t; \
+	  mkdir -p build/asan/corpus/$$t; \
 	  echo "== fuzz_$$t for $(FUZZ_SECONDS) s"; \
-	  ./build/fuzz/tests/fuzz/fuzz_$$t -max_total_time=$(FUZZ_SECONDS) -timeout=120 \
-	    -rss_limit_mb=4096 -print_final_stats=1 -artifact_prefix=build/fuzz/ \
-	    build/fuzz/corpus/$$t tests/fuzz/corpus/$$t || exit 1; \
+	  ./build/asan/tests/fuzz/fuzz_$$t -max_total_time=$(FUZZ_SECONDS) -timeout=120 \
+	    -rss_limit_mb=4096 -print_final_stats=1 -artifact_prefix=build/asan/ \
+	    build/asan/corpus/$$t tests/fuzz/corpus/$$t || exit 1; \
 	done
 
 clean:

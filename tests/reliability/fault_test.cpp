@@ -43,11 +43,7 @@ std::string Load(const std::string& path) {
 
 // Every call of every kind fails in turn, over a save and over a load. The
 // sanitizer build, ten times slower, fails every fifth call; the release build every one.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr int kStep = 5;
-#else
-constexpr int kStep = 1;
-#endif
+constexpr int kStep = kSanitized ? 5 : 1;
 
 TEST_F(FaultTest, EveryFailingCallIsReportedAndLosesNothing) {
     for (const bool saving : {true, false}) {

@@ -53,13 +53,9 @@ std::chrono::microseconds SaveInChild(const std::string& path,
 }
 
 TEST(KillDuringSave, LeavesTheModelBeforeOrAfterTheSave) {
-#if defined(__SANITIZE_ADDRESS__)
-    const int kills = 50;  // the sanitizers slow every save about tenfold
-    const std::uint64_t objects = 600;
-#else
-    const int kills = 220;
-    const std::uint64_t objects = 2000;
-#endif
+    // The sanitizers slow every save about tenfold.
+    const int kills = kSanitized ? 50 : 220;
+    const std::uint64_t objects = kSanitized ? 600 : 2000;
     TempDir dir;
     const std::string before = dir.File("before.zmf"), after = dir.File("after.zmf"),
                       work = dir.File("work.zmf");

@@ -10,6 +10,16 @@
 
 namespace tessmeta::test {
 
+// Whether this build runs under AddressSanitizer (about ten times slower): the
+// longest tests do less there. gcc names it one way, clang another.
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr bool kSanitized = true;
+#elif defined(__has_feature)
+inline constexpr bool kSanitized = __has_feature(address_sanitizer);
+#else
+inline constexpr bool kSanitized = false;
+#endif
+
 // Creates `path`: `objects` generated objects with texts, plus a data dictionary,
 // properties with values, an object domain, repository flags.
 void WriteBaseModel(const std::string& path, std::uint64_t objects);
