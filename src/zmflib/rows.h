@@ -40,12 +40,11 @@
 #define ZMF_ROW_VISIT_NoText(type, name) \
     ZMF_ROW_UNLESS_TEXT_##type(ZMF_ROW_VISIT_FIELD(type, name), ++index;)
 
-// The stored row declares its table description; a selection of it borrows it.
+// The stored row declares its table description. A selection has none: the
+// description's column accessors read a stored row, so a selection is rendered or
+// written through a stored row (StoreColumns) instead.
 #define ZMF_ROW_DESC_All(Table) static const SZmfTableDesc& Desc();
-#define ZMF_ROW_DESC_NoText(Table)       \
-    static const SZmfTableDesc& Desc() { \
-        return C##Table##Base::Desc();   \
-    }
+#define ZMF_ROW_DESC_NoText(Table)
 
 #define ZMF_ROW_TECHKEY_Tech(Key)         \
     ULONG GetTechKey() const override {   \

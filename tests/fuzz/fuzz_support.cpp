@@ -27,6 +27,19 @@ void DigestRows(std::string& out, const Table& table) {
         out += test::RowText(desc, *table.GetNextRow(pos)) + '\n';
 }
 
+// The unique objects through their stored rows (the GUID columns left empty: the
+// in-memory row keeps its GUIDs in binary and the digest never showed them).
+void DigestRows(std::string& out, const CEnhUniqueObjectTable& table) {
+    const SZmfTableDesc& desc = CUniqueObjectBase::Desc();
+    out += desc.name;
+    out += '\n';
+    for (POSITION pos = table.GetFirstRowPosition(); pos;) {
+        CUniqueObjectBase record;
+        table.GetNextRow(pos)->StoreColumns(record);
+        out += test::RowText(desc, record) + '\n';
+    }
+}
+
 // Removed when the run ends normally; a finding leaves it for a look.
 struct SScratch {
     std::string dir;
