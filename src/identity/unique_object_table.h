@@ -44,8 +44,7 @@ class CGlobalIdMaps;
 class CEnhUniqueObjectTable;
 
 // The stored columns of a unique object but the two GUID texts.
-ZMF_ROW_CLASS(CUniqueObjectRow, UniqueObject, Tech, Unique_Object_ID, ZMF_COLUMNS_UniqueObject,
-              NoText)
+ZMF_ROW_CLASS(CUniqueObjectRow, Tech, Unique_Object_ID, ZMF_COLUMNS_UniqueObject, NoText)
 
 // One unique object: the record-store columns (binary GUIDs instead of the texts)
 // and the mark of MarkForRemoval, which is not stored. A row in a table changes its

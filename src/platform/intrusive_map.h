@@ -62,12 +62,6 @@ class CIntrusiveMap {
     }
 
     Row* Find(const Probe& probe) const { return Find(probe, TRAITS::Hash(probe)); }
-    // CMap's form of Find: the row in `row`; FALSE (row untouched) when there is none.
-    BOOL Lookup(const Probe& probe, Row*& row) const {
-        Row* found = Find(probe);
-        if (found) row = found;
-        return found != nullptr;
-    }
 
     // Enters `row` unless a row with an equal key is in: then with `replace` the new
     // row takes the other's place (the other leaves the map), else nothing changes.

@@ -16,7 +16,7 @@
 
 // Per-column code of a row class, by selection: `All` generates every column;
 // `NoText` leaves the text columns out (an in-memory row that keeps its texts in
-// another form), while VisitColumns still numbers the columns as stored.
+// another form).
 #define ZMF_ROW_DECLARE_FIELD(type, name) ZMF_FIELD_TYPE_##type name{};
 #define ZMF_ROW_COPY_FIELD(type, name) name = o.name;
 #define ZMF_ROW_STORE_FIELD(type, name) o.name = name;
@@ -25,7 +25,6 @@
 #define ZMF_ROW_DECLARE_All ZMF_ROW_DECLARE_FIELD
 #define ZMF_ROW_COPY_All ZMF_ROW_COPY_FIELD
 #define ZMF_ROW_STORE_All ZMF_ROW_STORE_FIELD
-#define ZMF_ROW_VISIT_All ZMF_ROW_VISIT_FIELD
 
 #define ZMF_ROW_UNLESS_TEXT_U32(kept, skipped) kept
 #define ZMF_ROW_UNLESS_TEXT_StrId(kept, skipped) kept
@@ -37,14 +36,26 @@
 #define ZMF_ROW_COPY_NoText(type, name) ZMF_ROW_UNLESS_TEXT_##type(ZMF_ROW_COPY_FIELD(type, name), )
 #define ZMF_ROW_STORE_NoText(type, name) \
     ZMF_ROW_UNLESS_TEXT_##type(ZMF_ROW_STORE_FIELD(type, name), )
-#define ZMF_ROW_VISIT_NoText(type, name) \
-    ZMF_ROW_UNLESS_TEXT_##type(ZMF_ROW_VISIT_FIELD(type, name), ++index;)
 
-// The stored row declares its table description. A selection has none: the
-// description's column accessors read a stored row, so a selection is rendered or
-// written through a stored row (StoreColumns) instead.
-#define ZMF_ROW_DESC_All(Table) static const SZmfTableDesc& Desc();
-#define ZMF_ROW_DESC_NoText(Table)
+// What only the stored row has: its table description and the column visit the
+// description's accessors are built on. A selection is rendered or written through
+// a stored row (StoreColumns).
+#define ZMF_ROW_STORED_All(Key, COLUMNS)                                            \
+    static const SZmfTableDesc& Desc();                                             \
+    /* Calls visit(index, field) for the key (index 0) and each column in order. */ \
+    template <class Visit>                                                          \
+    void VisitColumns(Visit&& visit) {                                              \
+        int index = 0;                                                              \
+        visit(index, Key);                                                          \
+        COLUMNS(ZMF_ROW_VISIT_FIELD)                                                \
+    }                                                                               \
+    template <class Visit>                                                          \
+    void VisitColumns(Visit&& visit) const {                                        \
+        int index = 0;                                                              \
+        visit(index, Key);                                                          \
+        COLUMNS(ZMF_ROW_VISIT_FIELD)                                                \
+    }
+#define ZMF_ROW_STORED_NoText(Key, COLUMNS)
 
 #define ZMF_ROW_TECHKEY_Tech(Key)         \
     ULONG GetTechKey() const override {   \
@@ -58,61 +69,47 @@
     }
 #define ZMF_ROW_TECHKEY_Plain(Key)
 
-// A row class of `Table` named `Class` with the columns selection `Sel` keeps.
+// A row class named `Class` with the columns selection `Sel` keeps.
 // AssignColumns / StoreColumns copy the kept columns from / to a row of another
 // class of the same table (the stored row and a selection of it).
-#define ZMF_ROW_CLASS(Class, Table, keyMode, Key, COLUMNS, Sel)                         \
-    class Class : public CDbObjectBase {                                                \
-      public:                                                                           \
-        DWORD Key = 0;                                                                  \
-        COLUMNS(ZMF_ROW_DECLARE_##Sel)                                                  \
-                                                                                        \
-        Class() = default;                                                              \
-        explicit Class(ULONG key) : Key(key) {}                                         \
-        ZMF_ROW_DESC_##Sel(Table)                                                       \
-                                                                                        \
-            unsigned int Hash() const override {                                        \
-            return Key;                                                                 \
-        }                                                                               \
-        int MatchKey(const CDbObjectBase* other) const override {                       \
-            return static_cast<const Class*>(other)->Key == Key;                        \
-        }                                                                               \
-        void Copy(const CDbObjectBase* other) override {                                \
-            AssignColumns(*static_cast<const Class*>(other));                           \
-        }                                                                               \
-        int Compare(const CDbObjectBase* other) const override {                        \
-            const DWORD k = static_cast<const Class*>(other)->Key;                      \
-            return Key < k ? -1 : (Key > k ? 1 : 0);                                    \
-        }                                                                               \
-        ZMF_ROW_TECHKEY_##keyMode(Key)                                                  \
-                                                                                        \
-            template <class Other>                                                      \
-            void AssignColumns(const Other& o) {                                        \
-            Key = o.Key;                                                                \
-            COLUMNS(ZMF_ROW_COPY_##Sel)                                                 \
-        }                                                                               \
-        template <class Other>                                                          \
-        void StoreColumns(Other& o) const {                                             \
-            o.Key = Key;                                                                \
-            COLUMNS(ZMF_ROW_STORE_##Sel)                                                \
-        }                                                                               \
-                                                                                        \
-        /* Calls visit(index, field) for the key (index 0) and each column in order. */ \
-        template <class Visit>                                                          \
-        void VisitColumns(Visit&& visit) {                                              \
-            int index = 0;                                                              \
-            visit(index, Key);                                                          \
-            COLUMNS(ZMF_ROW_VISIT_##Sel)                                                \
-        }                                                                               \
-        template <class Visit>                                                          \
-        void VisitColumns(Visit&& visit) const {                                        \
-            int index = 0;                                                              \
-            visit(index, Key);                                                          \
-            COLUMNS(ZMF_ROW_VISIT_##Sel)                                                \
-        }                                                                               \
+#define ZMF_ROW_CLASS(Class, keyMode, Key, COLUMNS, Sel)           \
+    class Class : public CDbObjectBase {                           \
+      public:                                                      \
+        DWORD Key = 0;                                             \
+        COLUMNS(ZMF_ROW_DECLARE_##Sel)                             \
+                                                                   \
+        Class() = default;                                         \
+        explicit Class(ULONG key) : Key(key) {}                    \
+        ZMF_ROW_STORED_##Sel(Key, COLUMNS)                         \
+                                                                   \
+            unsigned int Hash() const override {                   \
+            return Key;                                            \
+        }                                                          \
+        int MatchKey(const CDbObjectBase* other) const override {  \
+            return static_cast<const Class*>(other)->Key == Key;   \
+        }                                                          \
+        void Copy(const CDbObjectBase* other) override {           \
+            AssignColumns(*static_cast<const Class*>(other));      \
+        }                                                          \
+        int Compare(const CDbObjectBase* other) const override {   \
+            const DWORD k = static_cast<const Class*>(other)->Key; \
+            return Key < k ? -1 : (Key > k ? 1 : 0);               \
+        }                                                          \
+        ZMF_ROW_TECHKEY_##keyMode(Key)                             \
+                                                                   \
+            template <class Other>                                 \
+            void AssignColumns(const Other& o) {                   \
+            Key = o.Key;                                           \
+            COLUMNS(ZMF_ROW_COPY_##Sel)                            \
+        }                                                          \
+        template <class Other>                                     \
+        void StoreColumns(Other& o) const {                        \
+            o.Key = Key;                                           \
+            COLUMNS(ZMF_ROW_STORE_##Sel)                           \
+        }                                                          \
     };
 
 #define ZMF_TABLE(Table, number, kind, keyMode, Key, COLUMNS) \
-    ZMF_ROW_CLASS(C##Table##Base, Table, keyMode, Key, COLUMNS, All)
+    ZMF_ROW_CLASS(C##Table##Base, keyMode, Key, COLUMNS, All)
 #include "zmflib/catalogue.def"
 #undef ZMF_TABLE

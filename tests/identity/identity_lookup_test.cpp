@@ -82,9 +82,7 @@ TEST(IdentityLookup, GuidTextIgnoringDashesAgreesWithItsRule) {
 void ExpectRowsAsTheMapAnswers(const CEnhUniqueObjectTable& table,
                                const std::vector<ULONG>& probes) {
     for (ULONG id : probes) {
-        CKelUniqueObject* mapped = nullptr;
-        table.GetIdMap().Lookup(id, mapped);
-        ASSERT_EQ(table.GetRow(id), mapped) << id;
+        ASSERT_EQ(table.GetRow(id), table.GetIdMap().Find(id)) << id;
     }
 }
 
