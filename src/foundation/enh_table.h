@@ -144,12 +144,12 @@ class CEnhRow : public RecordRow {
 
     // The row's link in its table's key map (CIntrusiveMap): the key map of a
     // CEnhTable, or the main map of a table that keys its rows itself (the string
-    // tables' id maps); unused elsewhere.
-    CMapLink& KeyMapLink() { return m_keyMapLink; }
+    // tables' id maps); unused elsewhere. It keeps no hash: the key is the hash.
+    CMapNextLink& KeyMapLink() { return m_keyMapLink; }
 
   private:
     [[no_unique_address]] CEnhRowTableLink<Table, kKeepsTable> m_table;
-    CMapLink m_keyMapLink;
+    CMapNextLink m_keyMapLink;
 };
 
 // Intrusive-map traits for rows by technical key (hash = key, so bucket = key mod
@@ -160,7 +160,7 @@ template <class Row>
 struct CEnhKeyMapTraits {
     static constexpr bool kGrow = true;
     using Probe = ULONG;
-    static CMapLink& Link(Row* row) { return row->KeyMapLink(); }
+    static CMapNextLink& Link(Row* row) { return row->KeyMapLink(); }
     static ULONG Of(const Row* row) { return row->GetTechKey(); }
     static UINT Hash(ULONG key) { return key; }
     static bool Equal(const Row* stored, ULONG key) { return stored->GetTechKey() == key; }

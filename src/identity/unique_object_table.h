@@ -67,7 +67,7 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     // under an id answers.
     struct SIdKey : SIdHashTraits {
         using Probe = ULONG;
-        static CMapLink& Link(CKelUniqueObject* row) { return row->KeyMapLink(); }
+        static CMapNextLink& Link(CKelUniqueObject* row) { return row->KeyMapLink(); }
         static ULONG Of(const CKelUniqueObject* row) { return row->Unique_Object_ID; }
         static bool Equal(const CKelUniqueObject* stored, ULONG id) {
             return stored->Unique_Object_ID == id;

@@ -109,9 +109,9 @@ inline UINT HashStringUsage(DWORD objectId, DWORD usageTypeId) {
 //   static UINT Hash(const Probe& probe);
 //   static bool Equal(const Row* stored, const Probe& probe);
 // A probe built without a row (row null) looks a key up. Key traits that also give
-// the row's link for the map (`static CMapLink& Link(Row* row);`) make the map a
-// CIntrusiveMap whose entries are the rows themselves; the others make it a CMap
-// from row to row.
+// the row's link for the map (`static CMapLink& Link(Row* row);`, or CMapNextLink)
+// make the map a CIntrusiveMap whose entries are the rows themselves; the others
+// make it a CMap from row to row.
 template <class Row, class KeyTraits>
 class CNameSpaceRowMap {
   public:

@@ -58,7 +58,7 @@ class CEnhStringTable : public CEnhTableBase {
     // when a text is looked up, keep theirs apart, so that a load does not carry
     // their links.
     struct IdKey : tessmeta::CNameSpaceIdKey<Row, &Row::String_ID> {
-        static CMapLink& Link(Row* row) { return row->KeyMapLink(); }
+        static CMapNextLink& Link(Row* row) { return row->KeyMapLink(); }
     };
     using TextKey = tessmeta::CNameSpaceTextKey<Row, &Row::Text>;
     using NoCaseKey = tessmeta::CNameSpaceNoCaseKey<Row, &Row::Text>;

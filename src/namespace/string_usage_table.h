@@ -38,7 +38,9 @@ class CEnhStringUsageTable;
 
 class CKelStringUsage final : public CEnhRow<CStringUsageBase, CEnhStringUsageTable, false> {
   public:
-    CMapLink m_objectLink;  // the row's entry in the map by (object, usage type)
+    // The row's entry in the map by (object, usage type). It keeps the hash: a usage
+    // re-keyed in place (FixUsage) stays filed under its old pair's hash.
+    CMapLink m_objectLink;
 };
 
 struct SStringUsageTraits : CEnhTableTraits<CKelStringUsage> {

@@ -17,7 +17,11 @@
 // The nodes are the map's own: LINKS supplies
 //     static Node* GetNext(const Node* node);
 //     static void SetNext(Node* node, Node* next);
-//     static UINT GetHash(const Node* node);   // the full hash stored in the node
+//     static UINT GetHash(const Node* node);   // the node's full hash
+// and may declare `static constexpr bool kHashIsStored = false;` when GetHash
+// computes the hash from the node rather than reading it: lookups then leave the
+// hash out and only match (a stored hash is compared first, as it is cheaper than a
+// match).
 #pragma once
 
 #include <cstddef>
@@ -53,12 +57,13 @@ class CHashBuckets {
     // The chain head of `hash`; the array must be allocated.
     Node*& Head(UINT hash) { return m_pTable[hash % m_nSize]; }
 
-    // The first node whose stored hash is `hash` and that `match` accepts, or null.
+    // The first node in the chain of `hash` with that hash and that `match`
+    // accepts, or null.
     template <class Match>
     Node* Find(UINT hash, Match&& match) const {
         if (!m_pTable) return nullptr;
         for (Node* node = m_pTable[hash % m_nSize]; node; node = LINKS::GetNext(node)) {
-            if (LINKS::GetHash(node) == hash && match(node)) return node;
+            if (HashMay(node, hash) && match(node)) return node;
         }
         return nullptr;
     }
@@ -70,7 +75,7 @@ class CHashBuckets {
         Node* prev = nullptr;
         for (Node* node = m_pTable[hash % m_nSize]; node;
              prev = node, node = LINKS::GetNext(node)) {
-            if (LINKS::GetHash(node) == hash && match(node)) {
+            if (HashMay(node, hash) && match(node)) {
                 if (prev)
                     LINKS::SetNext(prev, LINKS::GetNext(node));
                 else
@@ -132,6 +137,16 @@ class CHashBuckets {
     }
 
   private:
+    static constexpr bool kHashIsStored = [] {
+        if constexpr (requires { LINKS::kHashIsStored; }) return LINKS::kHashIsStored;
+        return true;
+    }();
+    // False when `node` cannot have `hash`; without a stored hash, the match decides.
+    static bool HashMay(const Node* node, UINT hash) {
+        if constexpr (kHashIsStored) return LINKS::GetHash(node) == hash;
+        return true;
+    }
+
     Node* FirstFrom(UINT bucket) const {
         if (!m_pTable) return nullptr;
         for (; bucket < m_nSize; ++bucket) {

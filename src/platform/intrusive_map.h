@@ -1,8 +1,9 @@
 // CIntrusiveMap: a chained hash set of rows whose chain link is a member of the row.
 //
-// A map entry is the row itself: the row holds one CMapLink per map it can be in
-// (the next row in the chain and the row's full hash), so an entry costs no node of
-// its own. Otherwise it keeps CMap's rules (cmap.h): the bucket array, its size (17
+// A map entry is the row itself: the row holds one link per map it can be in, so an
+// entry costs no node of its own. The link is a CMapLink (the next row in the chain
+// and the row's full hash) or, where the hash is cheap to compute again from the
+// row's key, a CMapNextLink (the next row only, 8 bytes less). Otherwise it keeps CMap's rules (cmap.h): the bucket array, its size (17
 // until set, never 0, freed when the last entry leaves), growth for traits that
 // declare kGrow, chain order (a new entry at the head of its chain) and walk order
 // all come from the same CHashBuckets. What differs: an entry is a row, so a row is
@@ -12,33 +13,42 @@
 // TRAITS supplies
 //     using Probe = ...;                                // what a lookup passes
 //     static CMapLink& Link(Row* row);                   // the row's link for this map
+//                                                        // (or CMapNextLink&)
 //     static UINT Hash(const Probe& probe);
 //     static bool Equal(const Row* stored, const Probe& probe);
 //     static Probe Of(const Row* row);                   // the probe of a row's key
 // and optionally `static constexpr bool kGrow = true;`. Rows that are Equal must have
 // the same hash. The map never owns its rows; a row must leave the map before it is
-// destroyed.
+// destroyed. With a CMapNextLink the row's key must not change while it is in the
+// map; with a CMapLink it may: the row stays where its old hash put it, found only
+// by a probe of the old hash that its new key matches.
 #pragma once
 
 #include "platform/cmap.h"
 #include "platform/hash_buckets.h"
 #include "platform/types.h"
 
-// The link a row keeps for one map. Meaningless while the row is in no map.
-struct CMapLink {
+// The link a row keeps for one map whose hash is computed from the row's key when
+// needed. Meaningless while the row is in no map.
+struct CMapNextLink {
     void* pNext = nullptr;
-    UINT nHash = 0;
 
-    CMapLink() = default;
+    CMapNextLink() = default;
     // A copied row is in no map.
-    CMapLink(const CMapLink&) {}
-    CMapLink& operator=(const CMapLink&) { return *this; }
+    CMapNextLink(const CMapNextLink&) {}
+    CMapNextLink& operator=(const CMapNextLink&) { return *this; }
+};
+
+// The link with the row's full hash, as of when the row entered the map.
+struct CMapLink : CMapNextLink {
+    UINT nHash = 0;
 };
 
 template <class Row, class TRAITS>
 class CIntrusiveMap {
   public:
     using Probe = typename TRAITS::Probe;
+    static constexpr bool kHashIsStored = requires(Row* row) { TRAITS::Link(row).nHash; };
 
     CIntrusiveMap() = default;
     CIntrusiveMap(const CIntrusiveMap&) = delete;
@@ -71,7 +81,7 @@ class CIntrusiveMap {
         const UINT hash = TRAITS::Hash(probe);
         Row* found = Find(probe, hash);
         if (found == row) return found;
-        TRAITS::Link(row).nHash = hash;
+        if constexpr (kHashIsStored) TRAITS::Link(row).nHash = hash;
         if (found) {
             if (replace) m_buckets.Replace(found, row);
             return found;
@@ -107,11 +117,17 @@ class CIntrusiveMap {
 
   private:
     struct SLinks {
+        static constexpr bool kHashIsStored = CIntrusiveMap::kHashIsStored;
         static Row* GetNext(const Row* row) {
             return static_cast<Row*>(TRAITS::Link(const_cast<Row*>(row)).pNext);
         }
         static void SetNext(Row* row, Row* next) { TRAITS::Link(row).pNext = next; }
-        static UINT GetHash(const Row* row) { return TRAITS::Link(const_cast<Row*>(row)).nHash; }
+        static UINT GetHash(const Row* row) {
+            if constexpr (kHashIsStored)
+                return TRAITS::Link(const_cast<Row*>(row)).nHash;
+            else
+                return TRAITS::Hash(TRAITS::Of(const_cast<Row*>(row)));
+        }
     };
 
     Row* Find(const Probe& probe, UINT hash) const {
