@@ -3,10 +3,12 @@
 // A map entry is the row itself: the row holds one link per map it can be in, so an
 // entry costs no node of its own. The link is a CMapLink (the next row in the chain
 // and the row's full hash) or, where the hash is cheap to compute again from the
-// row's key, a CMapNextLink (the next row only, 8 bytes less). Otherwise it keeps CMap's rules (cmap.h): the bucket array, its size (17
-// until set, never 0, freed when the last entry leaves), growth for traits that
-// declare kGrow, chain order (a new entry at the head of its chain) and walk order
-// all come from the same CHashBuckets. What differs: an entry is a row, so a row is
+// row's key, a CMapNextLink (the next row only, 8 bytes less).
+//
+// Otherwise it keeps CMap's rules (cmap.h): the bucket array, its size (17 until
+// set, never 0, freed when the last entry leaves), growth for traits that declare
+// kGrow, chain order (a new entry at the head of its chain) and walk order all come
+// from the same CHashBuckets. What differs: an entry is a row, so a row is
 // in a map at most once, and a row that replaces an equal one takes its place in
 // the chain (CMap would keep the first key and replace only the value).
 //
