@@ -50,7 +50,7 @@ template <class Row, class TRAITS>
 class CIntrusiveMap {
   public:
     using Probe = typename TRAITS::Probe;
-    static constexpr bool kHashIsStored = requires(Row* row) { TRAITS::Link(row).nHash; };
+    static constexpr bool kHashIsStored = requires(Row * row) { TRAITS::Link(row).nHash; };
 
     CIntrusiveMap() = default;
     CIntrusiveMap(const CIntrusiveMap&) = delete;
