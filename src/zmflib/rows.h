@@ -22,7 +22,6 @@
 #define ZMF_ROW_STORE_FIELD(type, name) o.name = name;
 #define ZMF_ROW_VISIT_FIELD(type, name) visit(++index, name);
 
-#define ZMF_ROW_DECLARE_All ZMF_ROW_DECLARE_FIELD
 #define ZMF_ROW_COPY_All ZMF_ROW_COPY_FIELD
 #define ZMF_ROW_STORE_All ZMF_ROW_STORE_FIELD
 
@@ -31,11 +30,24 @@
 #define ZMF_ROW_UNLESS_TEXT_Int(kept, skipped) kept
 #define ZMF_ROW_UNLESS_TEXT_Date(kept, skipped) kept
 #define ZMF_ROW_UNLESS_TEXT_String(kept, skipped) skipped
-#define ZMF_ROW_DECLARE_NoText(type, name) \
-    ZMF_ROW_UNLESS_TEXT_##type(ZMF_ROW_DECLARE_FIELD(type, name), )
 #define ZMF_ROW_COPY_NoText(type, name) ZMF_ROW_UNLESS_TEXT_##type(ZMF_ROW_COPY_FIELD(type, name), )
 #define ZMF_ROW_STORE_NoText(type, name) \
     ZMF_ROW_UNLESS_TEXT_##type(ZMF_ROW_STORE_FIELD(type, name), )
+
+// Fields are declared in two passes, the 4-byte columns first (right after the
+// 4-byte key) and then the 8-byte ones (texts, dates), so that no column leaves a
+// gap before a wider one. Only the memory layout follows this order: the column
+// order (VisitColumns, the record store) is the catalogue's.
+#define ZMF_ROW_WIDTH_U32(narrow, wide) narrow
+#define ZMF_ROW_WIDTH_StrId(narrow, wide) narrow
+#define ZMF_ROW_WIDTH_Int(narrow, wide) narrow
+#define ZMF_ROW_WIDTH_Date(narrow, wide) wide
+#define ZMF_ROW_WIDTH_String(narrow, wide) wide
+#define ZMF_ROW_DECLARE_NARROW(type, name) ZMF_ROW_WIDTH_##type(ZMF_ROW_DECLARE_FIELD(type, name), )
+#define ZMF_ROW_DECLARE_WIDE_All(type, name) \
+    ZMF_ROW_WIDTH_##type(, ZMF_ROW_DECLARE_FIELD(type, name))
+#define ZMF_ROW_DECLARE_WIDE_NoText(type, name) \
+    ZMF_ROW_UNLESS_TEXT_##type(ZMF_ROW_DECLARE_WIDE_All(type, name), )
 
 // What only the stored row has: its table description and the column visit the
 // description's accessors are built on. A selection is rendered or written through
@@ -76,7 +88,8 @@
     class Class : public CDbObjectBase {                           \
       public:                                                      \
         DWORD Key = 0;                                             \
-        COLUMNS(ZMF_ROW_DECLARE_##Sel)                             \
+        COLUMNS(ZMF_ROW_DECLARE_NARROW)                            \
+        COLUMNS(ZMF_ROW_DECLARE_WIDE_##Sel)                        \
                                                                    \
         Class() = default;                                         \
         explicit Class(ULONG key) : Key(key) {}                    \
