@@ -85,8 +85,11 @@
 //
 // Costs. A lookup by key is one hash probe of the key map, whose entries are the
 // rows themselves (their link is a member of CEnhRow); it has as many buckets as
-// the table had rows at its last save. A walk by
-// foreign key is one tree search, after which each next row is an array read.
+// the table had rows at its last save. Like the foreign-key index, it is filed on
+// first use, from the row list (load order, then entry order: the same map as
+// filing each row as it enters), so that opening a model touches neither for a
+// table nobody asks. A walk by foreign key is one tree search, after which each next
+// row is an array read.
 #pragma once
 
 #include <array>
@@ -266,9 +269,11 @@ class CEnhTable : public CEnhTableBase {
         m_keyMap.InitHashTable(buckets, TRUE);
         if constexpr (kFKMap) m_fkMap.InitHashTable(buckets, FALSE);
         SizeExtraIndexes(buckets);
-        // The foreign-key index is filed on first use, from the rows in load order:
-        // the same inserts in the same order as at load, so the same tree, but a
-        // load whose foreign keys are never asked for does not pay for it.
+        // The key map and the foreign-key index are filed on first use, from the
+        // rows in load order: the same inserts in the same order as at load, so the
+        // same map and tree, but a load whose keys are never asked for does not pay
+        // for them.
+        m_keyMapPending = true;
         m_fkIndexPending = true;
         LoadPooledRows<Row>([this](CRowPtr<Row> row) {
             if (AdmitLoadedRow(*row)) EnterRow(std::move(row));
@@ -276,7 +281,7 @@ class CEnhTable : public CEnhTableBase {
     }
 
     // The row mapped under `key`, or null.
-    Row* GetRow(ULONG key) const { return m_keyMap.Find(key); }
+    Row* GetRow(ULONG key) const { return Keys().Find(key); }
 
     // Deletes the row mapped under `key` and, through the services, its strings
     // (in column order) and its unique object (passing `reallyDelete` on to
@@ -285,7 +290,7 @@ class CEnhTable : public CEnhTableBase {
         Row* row = GetRow(key);
         if (!row) return 0;
         const DWORD uniqueId = UniqueIdOf(*row);
-        m_keyMap.RemoveKey(key);
+        Keys().RemoveKey(key);
         UnfileForeignKey(row);
         RemoveFromExtraIndexes(row);
         Remove(row);
@@ -376,7 +381,7 @@ class CEnhTable : public CEnhTableBase {
     int SaveGuarded(CZmfFile* file) { return SaveRowsGuarded(file, TableName()); }
 
     // Inspection.
-    const KeyMap& GetKeyMap() const { return m_keyMap; }
+    const KeyMap& GetKeyMap() const { return Keys(); }
     int GetUsageTypeId(int column) const {
         return IsTextColumn(column) ? m_usageTypeIds[static_cast<std::size_t>(column)] : 0;
     }
@@ -452,7 +457,7 @@ class CEnhTable : public CEnhTableBase {
         if constexpr (requires { typename Row::TableType; })
             row->SetEnhTable(static_cast<typename Row::TableType*>(this));
         SettleKey(*row);
-        MapByKey(row);
+        if (!m_keyMapPending) MapByKey(row);
         if (!m_fkIndexPending) FileForeignKey(row);
         AddToExtraIndexes(row);
         return row->GetTechKey();
@@ -569,7 +574,16 @@ class CEnhTable : public CEnhTableBase {
         }
     }
 
-    void MapByKey(Row* row) { m_keyMap.Add(row, Traits::kKeyMap == EEnhKeyMap::LastWins); }
+    // The key map, filed first if the load left it pending.
+    KeyMap& Keys() const {
+        if (m_keyMapPending) {
+            m_keyMapPending = false;
+            for (POSITION pos = GetFirstRowPosition(); pos;)
+                MapByKey(GetNextRow(pos));
+        }
+        return m_keyMap;
+    }
+    void MapByKey(Row* row) const { m_keyMap.Add(row, Traits::kKeyMap == EEnhKeyMap::LastWins); }
 
     void ReleaseTexts(DWORD uniqueId) {
         if (!m_pNameSpace) return;
@@ -577,7 +591,8 @@ class CEnhTable : public CEnhTableBase {
             m_pNameSpace->DeleteString(static_cast<int>(uniqueId), m_usageTypeIds[i]);
     }
 
-    KeyMap m_keyMap;                            // rows by technical key
+    mutable KeyMap m_keyMap;                    // rows by technical key
+    mutable bool m_keyMapPending = false;       // loaded rows not yet filed in it
     INameSpaceService* m_pNameSpace;            // not owned; may be null
     CIdentityMgr* m_pKeys;                      // not owned
     IObjectIdentityService* m_pIdentity;        // not owned; may be null

@@ -10,7 +10,8 @@
 //     link every CEnhRow has); lookups read a slot per id beside it (id_slots.h),
 //     which mirrors the map's answers;
 //   - by object GUID, only when the owner keeps one: an index whose entries are
-//     the rows (guid_index.h). Its hash mixes all 16 bytes.
+//     the rows (guid_index.h), filed from the loaded rows on first use. Its hash
+//     mixes all 16 bytes.
 //     (Summing the bytes, the obvious choice, has only 4,081 possible values: a
 //     million objects would share 4,081 chains of about 245 each.)
 // When two rows share an id or an object GUID, the first one entered answers; a row
@@ -106,7 +107,7 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     // The id filed under `guid`; 0 when there is none or no GUID map.
     ULONG GetIdByGuid(const GUID& guid) const {
         ULONG id = 0;
-        if (m_pByGuid) m_pByGuid->Lookup(guid, id);
+        if (const GuidMap* byGuid = FiledGuidMap()) byGuid->Lookup(guid, id);
         return id;
     }
 
@@ -130,7 +131,7 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
 
     bool HasGuidMap() const { return m_pByGuid != nullptr; }
     const IdMap& GetIdMap() const { return m_byId; }
-    const GuidMap* GetGuidMap() const { return m_pByGuid.get(); }
+    const GuidMap* GetGuidMap() const { return FiledGuidMap(); }
 
   private:
     CKelUniqueObject* MapFind(ULONG id) const { return m_byId.Find(id); }
@@ -141,8 +142,8 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     }
     // Takes a row into the list and the id map (not the GUID map).
     CKelUniqueObject* EnterRow(CRowPtr<CKelUniqueObject> row);
-    // Files a row in the GUID map unless its GUID is taken.
-    void FileByGuid(CKelUniqueObject* row);
+    // The GUID map (null without one), filed first when the load left it pending.
+    GuidMap* FiledGuidMap() const;
     // Whether Save leaves `row` out as an object the host no longer refers to.
     bool IsCleaned(const CKelUniqueObject& row, const CGlobalIdMaps* maps) const;
     // A new object GUID for a row being saved, copied to its domain when it owns one.
@@ -150,7 +151,8 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
 
     IdMap m_byId;
     CIdSlots<CKelUniqueObject> m_byIdSlots;
-    std::unique_ptr<GuidMap> m_pByGuid;  // null unless the owner keeps one
+    std::unique_ptr<GuidMap> m_pByGuid;     // null unless the owner keeps one
+    mutable bool m_guidMapPending = false;  // loaded rows not yet filed in it
     CKelUniqueObject* m_pCurrent = nullptr;
     CGuidMgr* m_pOwner;  // not owned
     DWORD m_nFileVersion = kDefaultFileVersion;

@@ -219,4 +219,31 @@ TEST(EnhTable, ForeignKeyIndexFiledLateMatchesOneFiledAtLoad) {
     EXPECT_EQ(FKUniqueIds(*table, 7), (std::vector<ULONG>{104}));
 }
 
+// The key map is filed on first use too: inserts before it must leave the same map
+// (first loaded row wins, chain order) as one filed at load.
+TEST(EnhTable, KeyMapFiledLateMatchesOneFiledAtLoad) {
+    std::vector<std::vector<ULONG>> walks;
+    for (const bool fileAtLoad : {true, false}) {
+        SCOPED_TRACE(fileAtLoad);
+        auto file = CZmfFile::OpenMemory();
+        ASSERT_TRUE(tessmeta::test::Store(
+            *file, "Storage_Object",
+            std::vector{StoredRow(5, 1, 501), StoredRow(3, 1, 502), StoredRow(5, 2, 503)}));
+        auto table = Load(*file, 2);
+        if (fileAtLoad) table->GetKeyMap();
+        table->Insert(1, 0u, 0u, 0u, 0u, 504, 3);  // a loaded key: not mapped
+        EXPECT_EQ(table->Insert(1, 0u, 0u, 0u, 0u, 505, 0), 6u);
+        EXPECT_EQ(table->GetRow(5)->Global_User_ID, 501u);
+        EXPECT_EQ(table->GetRow(3)->Global_User_ID, 502u);
+        EXPECT_EQ(table->GetKeyMap().GetCount(), 3);
+        walks.emplace_back();
+        const auto& map = table->GetKeyMap();
+        for (const auto* row = map.GetFirst(); row; row = map.GetNext(row))
+            walks.back().push_back(row->Global_User_ID);
+        EXPECT_EQ(table->Delete(5), 1);
+        EXPECT_EQ(table->GetRow(5), nullptr);  // the later row under 5 was never mapped
+    }
+    EXPECT_EQ(walks[0], walks[1]);
+}
+
 }  // namespace
