@@ -44,12 +44,14 @@ class CGuidMgr;
 class CGlobalIdMaps;
 class CEnhUniqueObjectTable;
 
-// The stored columns of a unique object but the two GUID texts.
-ZMF_ROW_CLASS(CUniqueObjectRow, Tech, Unique_Object_ID, ZMF_COLUMNS_UniqueObject, NoText)
+// The stored columns of a unique object but the two GUID texts, and the mark of
+// MarkForRemoval, which is not stored (AssignColumns and StoreColumns leave it).
+ZMF_ROW_CLASS(CUniqueObjectRow, Tech, Unique_Object_ID, ZMF_COLUMNS_UniqueObject, NoText,
+              LONG MarkedForRemoval = 0;)
 
 // One unique object: the record-store columns (binary GUIDs instead of the texts)
-// and the mark of MarkForRemoval, which is not stored. A row in a table changes its
-// ObjectGuid only through CEnhUniqueObjectTable::SetObjectGuid, which refiles it.
+// and the mark. A row in a table changes its ObjectGuid only through
+// CEnhUniqueObjectTable::SetObjectGuid, which refiles it.
 class CKelUniqueObject final : public CEnhRow<CUniqueObjectRow, CEnhUniqueObjectTable, false> {
   public:
     GUID ObjectGuid{};
@@ -57,7 +59,6 @@ class CKelUniqueObject final : public CEnhRow<CUniqueObjectRow, CEnhUniqueObject
     // index writes it.
     CKelUniqueObject* NextByGuid = nullptr;
     GUID VersionGuid{};
-    LONG MarkedForRemoval = 0;
 };
 
 class CEnhUniqueObjectTable : public CEnhTableBase {

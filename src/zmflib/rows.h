@@ -83,12 +83,16 @@
 
 // A row class named `Class` with the columns selection `Sel` keeps.
 // AssignColumns / StoreColumns copy the kept columns from / to a row of another
-// class of the same table (the stored row and a selection of it).
-#define ZMF_ROW_CLASS(Class, keyMode, Key, COLUMNS, Sel)           \
+// class of the same table (the stored row and a selection of it). Any further
+// arguments declare 4-byte members that are no columns (state an in-memory row
+// keeps beside them); they go among the 4-byte columns, where they may fill the
+// word that an odd count of those leaves before the wider ones.
+#define ZMF_ROW_CLASS(Class, keyMode, Key, COLUMNS, Sel, ...)      \
     class Class : public CDbObjectBase {                           \
       public:                                                      \
         DWORD Key = 0;                                             \
         COLUMNS(ZMF_ROW_DECLARE_NARROW)                            \
+        __VA_ARGS__                                                \
         COLUMNS(ZMF_ROW_DECLARE_WIDE_##Sel)                        \
                                                                    \
         Class() = default;                                         \
