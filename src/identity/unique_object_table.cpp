@@ -74,6 +74,9 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
         }
     }
     m_byId.InitHashTable(buckets, TRUE);
+    // The id map too is filed on first use, from the rows in list order; lookups of
+    // ids the slots cover never need it.
+    m_idMapPending = true;
     m_byIdSlots.Clear();
     if (CTableBase* stored = *this) m_byIdSlots.Reserve(stored->GetCount() + std::size_t{1});
     if (m_pByGuid) m_pByGuid->InitHashTable(buckets);
@@ -105,6 +108,15 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
     m_guidMapPending = m_pByGuid != nullptr;
 }
 
+CEnhUniqueObjectTable::IdMap& CEnhUniqueObjectTable::FiledIdMap() const {
+    if (m_idMapPending) {
+        m_idMapPending = false;
+        for (POSITION pos = GetFirstRowPosition(); pos;)
+            m_byId.Add(GetNextRow(pos), false);
+    }
+    return m_byId;
+}
+
 CEnhUniqueObjectTable::GuidMap* CEnhUniqueObjectTable::FiledGuidMap() const {
     if (m_guidMapPending) {
         m_guidMapPending = false;
@@ -125,7 +137,14 @@ CKelUniqueObject* CEnhUniqueObjectTable::EnterRow(CRowPtr<CKelUniqueObject> owne
     AddRow(owned.get());
     CKelUniqueObject* row = owned.release();
     row->SetEnhTable(this);
-    if (!m_byId.Add(row, false)) SyncSlot(row->Unique_Object_ID, row);
+    const ULONG id = row->Unique_Object_ID;
+    if (m_idMapPending) {
+        // The map, filed here if the slots need it, takes this row in its walk.
+        if (!m_byIdSlots.SetFirst(id, row, static_cast<std::size_t>(GetRowCount())))
+            SyncSlot(id, MapFind(id));
+    } else if (!m_byId.Add(row, false)) {
+        SyncSlot(id, row);
+    }
     if (!m_pOwner->IsNilGUIDStored() && (IsNilGuid(row->ObjectGuid) || IsNilGuid(row->VersionGuid)))
         m_pOwner->MarkNilGUIDStored();
     RaiseNextKey(row->Unique_Object_ID);
@@ -135,7 +154,7 @@ CKelUniqueObject* CEnhUniqueObjectTable::EnterRow(CRowPtr<CKelUniqueObject> owne
 int CEnhUniqueObjectTable::Delete(ULONG id) {
     CKelUniqueObject* row = GetRow(id);
     if (!row) return 0;
-    m_byId.Remove(row);
+    FiledIdMap().Remove(row);
     SyncSlot(id, nullptr);
     if (GuidMap* byGuid = FiledGuidMap(); byGuid && GetIdByGuid(row->ObjectGuid) == id)
         byGuid->Remove(row->ObjectGuid);

@@ -8,7 +8,8 @@
 // order), and are found through two maps:
 //   - by id: bucket = id mod count, its entries the rows themselves (in the key-map
 //     link every CEnhRow has); lookups read a slot per id beside it (id_slots.h),
-//     which mirrors the map's answers;
+//     which mirrors the map's answers. The map itself is filed from the rows on
+//     first use (a delete, an id beyond the slots, inspection);
 //   - by object GUID, only when the owner keeps one: an index whose entries are
 //     the rows (guid_index.h), filed from the loaded rows on first use. Its hash
 //     mixes all 16 bytes.
@@ -131,11 +132,13 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     void SetCurrentRow(CKelUniqueObject* row) { m_pCurrent = row; }
 
     bool HasGuidMap() const { return m_pByGuid != nullptr; }
-    const IdMap& GetIdMap() const { return m_byId; }
+    const IdMap& GetIdMap() const { return FiledIdMap(); }
     const GuidMap* GetGuidMap() const { return FiledGuidMap(); }
 
   private:
-    CKelUniqueObject* MapFind(ULONG id) const { return m_byId.Find(id); }
+    CKelUniqueObject* MapFind(ULONG id) const { return FiledIdMap().Find(id); }
+    // The id map, filed first when the load left it pending.
+    IdMap& FiledIdMap() const;
     // The id map's answer for `id` changed: the slots follow it.
     void SyncSlot(ULONG id, CKelUniqueObject* row) {
         m_byIdSlots.Set(id, row, static_cast<std::size_t>(GetRowCount()),
@@ -150,7 +153,8 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     // A new object GUID for a row being saved, copied to its domain when it owns one.
     void RenewObjectGuid(CKelUniqueObject& row);
 
-    IdMap m_byId;
+    mutable IdMap m_byId;
+    mutable bool m_idMapPending = false;  // rows not yet filed in it
     CIdSlots<CKelUniqueObject> m_byIdSlots;
     std::unique_ptr<GuidMap> m_pByGuid;     // null unless the owner keeps one
     mutable bool m_guidMapPending = false;  // loaded rows not yet filed in it

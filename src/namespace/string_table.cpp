@@ -26,7 +26,8 @@ void CEnhStringTable<Row>::Init(unsigned int bucketCount) {
     m_byIdSlots.Reserve(std::size_t{buckets} + 1);  // ids 1 to the stored row count
     m_byText.InitHashTable(buckets);
     m_byTextNoCase.InitHashTable(buckets);
-    m_byTextPending = m_byTextNoCasePending = true;
+    // Lookups by id read the slots, which need the id map only for ids beyond them.
+    m_byIdPending = m_byTextPending = m_byTextNoCasePending = true;
     // A string's text never changes while the model is open: the texts of loaded
     // rows move to the table's text arena (the heap block the read filled is the
     // one the next read gets back).
@@ -46,6 +47,12 @@ void CEnhStringTable<Row>::File(Map& map, bool& pending) const {
 }
 
 template <class Row>
+auto CEnhStringTable<Row>::FiledIdMap() const -> IdMap& {
+    if (m_byIdPending) File(m_byId, m_byIdPending);
+    return m_byId;
+}
+
+template <class Row>
 auto CEnhStringTable<Row>::FiledTextMap() const -> TextMap& {
     if (m_byTextPending) File(m_byText, m_byTextPending);
     return m_byText;
@@ -62,8 +69,9 @@ Row* CEnhStringTable<Row>::Enter(CRowPtr<Row> owned) {
     AddRow(owned.get());
     Row* row = owned.release();
     row->SetEnhTable(static_cast<typename Row::TableType*>(this));
-    m_byId.Add(row);
-    // The map's rule: the row added last is found.
+    if (!m_byIdPending) m_byId.Add(row);
+    // The map's rule: the row added last is found (a map filed here for the slots
+    // takes this row in its walk).
     m_byIdSlots.Set(row->String_ID, row, static_cast<std::size_t>(GetRowCount()),
                     [this](ULONG other) { return MapFind(other); });
     if (!m_byTextPending) m_byText.Add(row);
@@ -93,8 +101,9 @@ int CEnhStringTable<Row>::SaveStrings(CZmfFile* file, int purge, const CUsedStri
 
 template <class Row>
 void CEnhStringTable<Row>::Purge(Row* row, SLostKeys& lost) {
-    // A pending map is filed later from the rows still listed: nothing to undo.
-    if (m_byId.Remove(row)) lost.byId.push_back(IdKey::Hash(IdKey::Of(row)));
+    // A pending text map is filed later from the rows still listed: nothing to
+    // undo. The slot needs the id map's answer once the row has left it.
+    if (FiledIdMap().Remove(row)) lost.byId.push_back(IdKey::Hash(IdKey::Of(row)));
     SyncSlot(row->String_ID);
     if (!m_byTextPending && m_byText.Remove(row))
         lost.byText.push_back(TextKey::Hash(TextKey::Of(row)));
@@ -125,7 +134,7 @@ void CEnhStringTable<Row>::RefileShadowedRows(SLostKeys& lost) {
             for (Row* row : candidates)
                 SyncSlot(row->String_ID);
     };
-    refile(m_byId, lost.byId, IdKey{});
+    refile(FiledIdMap(), lost.byId, IdKey{});
     refile(m_byText, lost.byText, TextKey{});
     refile(m_byTextNoCase, lost.byTextNoCase, NoCaseKey{});
 }

@@ -53,10 +53,10 @@ class CKelLargeString final : public CEnhRow<CLargeStringBase, CEnhLargeStringTa
 template <class Row>
 class CEnhStringTable : public CEnhTableBase {
   public:
-    // The id map, filed at every load, keeps its entries in the rows, in the key-map
-    // link every CEnhRow has (a string's id is its key); the text maps, filed only
-    // when a text is looked up, keep theirs apart, so that a load does not carry
-    // their links.
+    // The id map keeps its entries in the rows, in the key-map link every CEnhRow
+    // has (a string's id is its key); the text maps, filed only when a text is
+    // looked up, keep theirs apart, so that a row does not carry their links. The id
+    // map too is filed on first use: the slots answer lookups by id.
     struct IdKey : tessmeta::CNameSpaceIdKey<Row, &Row::String_ID> {
         static CMapNextLink& Link(Row* row) { return row->KeyMapLink(); }
     };
@@ -87,7 +87,7 @@ class CEnhStringTable : public CEnhTableBase {
     }
 
     // Inspection (the text maps are filed first).
-    const IdMap& GetIdMap() const { return m_byId; }
+    const IdMap& GetIdMap() const { return FiledIdMap(); }
     const TextMap& GetTextMap() const { return FiledTextMap(); }
     const NoCaseMap& GetNoCaseMap() const { return FiledNoCaseMap(); }
 
@@ -113,25 +113,27 @@ class CEnhStringTable : public CEnhTableBase {
     void Purge(Row* row, SLostKeys& lost);
     void RefileShadowedRows(SLostKeys& lost);
 
-    // The text maps, filed first if the load left them pending. Filing later, from
-    // the row list, makes the same entries in the same order as filing each row when
-    // it entered the table: a session that never looks a text up does not pay for
-    // them.
+    // The maps, filed first if the load left them pending. Filing later, from the
+    // row list, makes the same entries in the same order as filing each row when it
+    // entered the table: a session that never looks a text up (or an id beyond the
+    // slots) does not pay for them.
+    IdMap& FiledIdMap() const;
     TextMap& FiledTextMap() const;
     NoCaseMap& FiledNoCaseMap() const;
     template <class Map>
     void File(Map& map, bool& pending) const;
 
     // The id map's answers, one slot per id (id_slots.h).
-    Row* MapFind(ULONG id) const { return m_byId.Find(IdKey::Lookup(id)); }
+    Row* MapFind(ULONG id) const { return FiledIdMap().Find(IdKey::Lookup(id)); }
     void SyncSlot(ULONG id) {
         m_byIdSlots.Sync(id, [this](ULONG other) { return MapFind(other); });
     }
 
-    IdMap m_byId;
+    mutable IdMap m_byId;
     CIdSlots<Row> m_byIdSlots;
     mutable TextMap m_byText;
     mutable NoCaseMap m_byTextNoCase;
+    mutable bool m_byIdPending = false;
     mutable bool m_byTextPending = false;
     mutable bool m_byTextNoCasePending = false;
 };

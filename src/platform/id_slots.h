@@ -6,6 +6,11 @@
 // authority; the owner reports every change of the map's answer for an id (Set, or
 // Sync to read it from the map), and the slots mirror it.
 //
+// The owner may also file its map later, from the same rows in the same order:
+// until then the slots hold the answers of the rows entered so far (SetFirst for a
+// map where the first row under an id answers, Set for one where the last does),
+// and the owner files the map before anything reads it.
+//
 // Cost bound: slots cover at most twice the row count plus a few thousand, so they
 // cost 8 to 16 bytes a row. An id beyond that (a sparse copied range) is left to the
 // map alone; MayBeBeyond then says that a lookup past the slots must ask the map.
@@ -51,6 +56,21 @@ class CIdSlots {
         } else {
             m_slots[id] = row;
         }
+    }
+
+    // For a map that keeps the first row entered under an id and has not been filed
+    // yet (it will be, from the same rows in the same order): `row` is entered, and
+    // answers for `id` unless a row did before. False when the slots cannot tell
+    // without the map (they would grow over ids some of which may lie beyond): file
+    // the map and Set the map's answer instead.
+    bool SetFirst(ULONG id, Row* row, std::size_t rowCount) {
+        if (id < m_slots.size()) {
+            if (!m_slots[id]) m_slots[id] = row;
+            return true;
+        }
+        if (m_beyond && id < 2 * rowCount + kFirstSlots) return false;
+        Set(id, row, rowCount, [](ULONG) -> Row* { return nullptr; });  // reads no map
+        return true;
     }
 
     // The map's answer for `id` may have changed: a covered slot reads it again.

@@ -87,68 +87,72 @@ void ExpectRowsAsTheMapAnswers(const CEnhUniqueObjectTable& table,
 }
 
 TEST(IdentityLookup, RowsByIdFollowTheIdMapThroughAddsAndDeletes) {
-    // Stored: ids 0..40 with two duplicates and one id far beyond the row count.
-    std::vector<CUniqueObjectBase> stored;
-    for (ULONG id = 0; id <= 40; ++id)
-        stored.push_back(StoredObject(id, 10, 1, GuidTextFor(id + 1).c_str()));
-    stored.push_back(StoredObject(7, 11, 1, GuidTextFor(500).c_str()));
-    stored.push_back(StoredObject(30, 11, 1, GuidTextFor(501).c_str()));
-    stored.push_back(StoredObject(100000, 12, 1, GuidTextFor(502).c_str()));
-    auto file = CZmfFile::OpenMemory();
-    StoreDefinitions(*file, StandardDefinitions());
-    StoreObjects(*file, stored);
-    auto mgr = LoadGuids(*file);
-    CEnhUniqueObjectTable& table = *mgr->GetUniqueObjectTable();
-    EXPECT_EQ(mgr->GetObjectTypeId(7u), 10);  // the first of a duplicate id answers
+    for (const bool lookAtLoad : {true, false}) {
+        SCOPED_TRACE(lookAtLoad);
+        // Stored: ids 0..40 with two duplicates and one id far beyond the row count.
+        std::vector<CUniqueObjectBase> stored;
+        for (ULONG id = 0; id <= 40; ++id)
+            stored.push_back(StoredObject(id, 10, 1, GuidTextFor(id + 1).c_str()));
+        stored.push_back(StoredObject(7, 11, 1, GuidTextFor(500).c_str()));
+        stored.push_back(StoredObject(30, 11, 1, GuidTextFor(501).c_str()));
+        stored.push_back(StoredObject(100000, 12, 1, GuidTextFor(502).c_str()));
+        auto file = CZmfFile::OpenMemory();
+        StoreDefinitions(*file, StandardDefinitions());
+        StoreObjects(*file, stored);
+        auto mgr = LoadGuids(*file);
+        CEnhUniqueObjectTable& table = *mgr->GetUniqueObjectTable();
+        EXPECT_EQ(mgr->GetObjectTypeId(7u), 10);  // the first of a duplicate id answers
 
-    std::vector<ULONG> probes;
-    for (ULONG id = 0; id < 9000; ++id)
-        probes.push_back(id);
-    for (ULONG id : {99999u, 100000u, 100001u, 100500u, 0xFFFFFFFFu})
-        probes.push_back(id);
-    ExpectRowsAsTheMapAnswers(table, probes);
+        std::vector<ULONG> probes;
+        for (ULONG id = 0; id < 9000; ++id)
+            probes.push_back(id);
+        for (ULONG id : {99999u, 100000u, 100001u, 100500u, 0xFFFFFFFFu})
+            probes.push_back(id);
+        // The map is filed on first use: before it, or only when the adds need it.
+        if (lookAtLoad) ExpectRowsAsTheMapAnswers(table, probes);
 
-    // An id first too far for the slots, reached by them once the table has grown.
-    auto add = [&table](ULONG id) {
-        auto row = std::make_unique<CKelUniqueObject>();
-        row->Unique_Object_ID = id;
-        return table.Add(std::move(row));
-    };
-    add(6000);
-    for (ULONG id = 1000; id < 2000; ++id)
-        add(id);
-    add(6100);
-    ExpectRowsAsTheMapAnswers(table, probes);
+        // An id first too far for the slots, reached by them once the table has grown.
+        auto add = [&table](ULONG id) {
+            auto row = std::make_unique<CKelUniqueObject>();
+            row->Unique_Object_ID = id;
+            return table.Add(std::move(row));
+        };
+        add(6000);
+        for (ULONG id = 1000; id < 2000; ++id)
+            add(id);
+        add(6100);
+        ExpectRowsAsTheMapAnswers(table, probes);
 
-    // Random steps: rows with ids near the start, in the range the slots reach as
-    // the table grows, and far off; new objects (numbered after 100000); deletes.
-    std::mt19937 rng(7);
-    std::vector<ULONG> ids;
-    for (const auto& row : stored)
-        ids.push_back(row.Unique_Object_ID);
-    for (int step = 0; step < 3000; ++step) {
-        ULONG touched;
-        switch (rng() % 4) {
-            case 0: {
-                const ULONG ranges[] = {50, 9000, 200000};
-                touched = add(static_cast<ULONG>(rng() % ranges[rng() % 3]));
-                ids.push_back(touched);
-                break;
+        // Random steps: rows with ids near the start, in the range the slots reach as
+        // the table grows, and far off; new objects (numbered after 100000); deletes.
+        std::mt19937 rng(7);
+        std::vector<ULONG> ids;
+        for (const auto& row : stored)
+            ids.push_back(row.Unique_Object_ID);
+        for (int step = 0; step < 3000; ++step) {
+            ULONG touched;
+            switch (rng() % 4) {
+                case 0: {
+                    const ULONG ranges[] = {50, 9000, 200000};
+                    touched = add(static_cast<ULONG>(rng() % ranges[rng() % 3]));
+                    ids.push_back(touched);
+                    break;
+                }
+                case 1:
+                    touched = static_cast<ULONG>(mgr->GetNewUniqueId(10, 1, 0, 0));
+                    ids.push_back(touched);
+                    break;
+                default:
+                    touched = ids[rng() % ids.size()];
+                    mgr->DeleteObject(static_cast<int>(touched), 1);
+                    break;
             }
-            case 1:
-                touched = static_cast<ULONG>(mgr->GetNewUniqueId(10, 1, 0, 0));
-                ids.push_back(touched);
-                break;
-            default:
-                touched = ids[rng() % ids.size()];
-                mgr->DeleteObject(static_cast<int>(touched), 1);
-                break;
+            ExpectRowsAsTheMapAnswers(table, {touched, touched + 1, touched ? touched - 1 : 0});
+            if (step % 250 == 0) ExpectRowsAsTheMapAnswers(table, probes);
         }
-        ExpectRowsAsTheMapAnswers(table, {touched, touched + 1, touched ? touched - 1 : 0});
-        if (step % 250 == 0) ExpectRowsAsTheMapAnswers(table, probes);
+        ExpectRowsAsTheMapAnswers(table, probes);
+        ExpectRowsAsTheMapAnswers(table, ids);
     }
-    ExpectRowsAsTheMapAnswers(table, probes);
-    ExpectRowsAsTheMapAnswers(table, ids);
 }
 
 // The GUID index against a plain map from GUID to id driven the way the table
