@@ -69,7 +69,7 @@ void CEnhStringUsageTable::ReleaseHeldTable() {
 DWORD CEnhStringUsageTable::GetStringId(DWORD objectId, DWORD usageTypeId) {
     CompleteLoad();
     const CKelStringUsage* row =
-        m_byObject.Find(SStringUsageObjectKey::Lookup(objectId, usageTypeId));
+        FiledObjectMap().Find(SStringUsageObjectKey::Lookup(objectId, usageTypeId));
     return row ? row->String_ID : 0;
 }
 
@@ -80,7 +80,7 @@ void CEnhStringUsageTable::SetUsage(DWORD objectId, DWORD usageTypeId, DWORD str
     }
     CompleteLoad();
     if (CKelStringUsage* row =
-            m_byObject.Find(SStringUsageObjectKey::Lookup(objectId, usageTypeId))) {
+            FiledObjectMap().Find(SStringUsageObjectKey::Lookup(objectId, usageTypeId))) {
         if (row->String_ID != stringId) ChangeStringId(row, stringId);
         return;
     }
@@ -94,7 +94,7 @@ void CEnhStringUsageTable::SetUsage(DWORD objectId, DWORD usageTypeId, DWORD str
 int CEnhStringUsageTable::RemoveUsage(DWORD objectId, DWORD usageTypeId) {
     CompleteLoad();
     CKelStringUsage* row =
-        m_byObject.TakeFound(SStringUsageObjectKey::Lookup(objectId, usageTypeId));
+        FiledObjectMap().TakeFound(SStringUsageObjectKey::Lookup(objectId, usageTypeId));
     if (!row) return 0;
     DeleteRow(row);
     return 1;
@@ -103,7 +103,8 @@ int CEnhStringUsageTable::RemoveUsage(DWORD objectId, DWORD usageTypeId) {
 int CEnhStringUsageTable::FixUsage(DWORD objectId, DWORD usageTypeId, DWORD newObjectId,
                                    DWORD newUsageTypeId) {
     CompleteLoad();
-    CKelStringUsage* row = m_byObject.Find(SStringUsageObjectKey::Lookup(objectId, usageTypeId));
+    CKelStringUsage* row =
+        FiledObjectMap().Find(SStringUsageObjectKey::Lookup(objectId, usageTypeId));
     if (!row) return 0;
     if (m_pRoleIndex) {
         RoleIndex();  // file it under the pair it has now
@@ -235,12 +236,14 @@ int CEnhStringUsageTable::Save(CZmfFile* file) {
 }
 
 void CEnhStringUsageTable::AddToExtraIndexes(CKelStringUsage* row) {
-    m_byObject.Add(row);
+    if (!m_objectMapPending) m_byObject.Add(row);
     if (m_pRoleIndex && !m_roleIndexPending) m_pRoleIndex->Insert(RoleKey(*row), row);
 }
 
 void CEnhStringUsageTable::RemoveFromExtraIndexes(CKelStringUsage* row) {
-    m_byObject.Remove(row);
+    // Filed first: a row that leaves the map uncovers none it shadowed, which
+    // filing the rows left afterwards would.
+    FiledObjectMap().Remove(row);
     // A pending tree is filed from the rows still listed: nothing to take out.
     if (m_pRoleIndex && !m_roleIndexPending) {
         m_pRoleIndex->Delete(FiledRoleKey(*row), row);
@@ -250,4 +253,16 @@ void CEnhStringUsageTable::RemoveFromExtraIndexes(CKelStringUsage* row) {
 
 void CEnhStringUsageTable::SizeExtraIndexes(UINT bucketCount) {
     m_byObject.InitHashTable(bucketCount);
+    // Called by the load only: like the trees, the map is filed from the rows on
+    // first use (in list order, the same entries as filing each row as it enters).
+    m_objectMapPending = true;
+}
+
+CEnhStringUsageTable::ObjectMap& CEnhStringUsageTable::FiledObjectMap() const {
+    if (m_objectMapPending) {
+        m_objectMapPending = false;
+        for (POSITION pos = GetFirstRowPosition(); pos;)
+            m_byObject.Add(GetNextRow(pos));
+    }
+    return m_byObject;
 }

@@ -10,8 +10,8 @@
 //   - a tree by string id (the pattern's foreign-key index): the usages of a string;
 //   - on request, a tree by (usage type id * 2^32 + string id): the objects that use
 //     a string in a role.
-// Both trees are filed from the row list on first use, so a load pays only for the
-// maps. A usage whose string changes is re-filed at the end of its new string's
+// The maps and both trees are filed from the row list on first use, so a load pays
+// only for the rows. A usage whose string changes is re-filed at the end of its new string's
 // usages in both trees; one whose string stays the same is not touched.
 //
 // Deferred loading. Init can stop after sizing the maps and leave the rows in the
@@ -144,7 +144,7 @@ class CEnhStringUsageTable : public CEnhTable<SStringUsageTraits> {
 
     // Inspection.
     bool HasRoleIndex() const { return m_pRoleIndex != nullptr; }
-    const ObjectMap& GetObjectMap() const { return m_byObject; }
+    const ObjectMap& GetObjectMap() const { return FiledObjectMap(); }
 
   protected:
     void AddToExtraIndexes(CKelStringUsage* row) override;
@@ -152,6 +152,8 @@ class CEnhStringUsageTable : public CEnhTable<SStringUsageTraits> {
     void SizeExtraIndexes(UINT bucketCount) override;
 
   private:
+    // The map by (object, usage type), filed first when the load left it pending.
+    ObjectMap& FiledObjectMap() const;
     // Rows leave only through RemoveUsage, which finds them the way the maps filed
     // them (see FixUsage).
     using CEnhTable::Delete;
@@ -168,7 +170,8 @@ class CEnhStringUsageTable : public CEnhTable<SStringUsageTraits> {
     void ReadAhead();
     void ReleaseHeldTable();
 
-    ObjectMap m_byObject;                         // rows by (object id, usage type id)
+    mutable ObjectMap m_byObject;                 // rows by (object id, usage type id)
+    mutable bool m_objectMapPending = false;      // rows not yet filed in it
     std::unique_ptr<CBalancedTree> m_pRoleIndex;  // null unless Init asked for it
     bool m_roleIndexPending = false;              // rows not yet filed in it
     // Rows that FixUsage changed, with the role key they stay filed under.

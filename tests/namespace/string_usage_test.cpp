@@ -150,7 +150,8 @@ SStoredRows RandomModel(std::mt19937& rng, int strings, int usages) {
 
 // The same random operations on a fully loaded and on a deferred name space give the
 // same answers and save the same rows; and whatever is asked first after a partial
-// load sees every row.
+// load sees every row. The full load has its maps filed at once, the deferred one
+// on first use.
 TEST(StringUsageDeferred, SameAnswersAsAFullLoad) {
     for (unsigned seed = 1; seed <= 6; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
@@ -180,7 +181,13 @@ TEST(StringUsageDeferred, SameAnswersAsAFullLoad) {
                            b.FixStringUsageUnqObjId(o, t, o + 100, t);
             }
         };
+        auto fileMaps = [](SLoaded& loaded) {
+            CEnhStringUsageTable& usages = loaded.ns->GetStringUsageTable();
+            usages.GetObjectMap();
+            usages.GetKeyMap();
+        };
         SLoaded full(rows, role, 0), deferred(rows, role, 1);
+        fileMaps(full);
         for (int step = 0; step < 300; ++step) {
             if (!deferred.ns->IsStringUsageLoadComplete() && rng() % 4 == 0) {
                 deferred.ns->LoadStringUsageRows(static_cast<int>(rng() % 30));
@@ -199,6 +206,7 @@ TEST(StringUsageDeferred, SameAnswersAsAFullLoad) {
         const auto [id, o, t, s] = rows.usages.back();  // not among the first 10 read
         for (unsigned kind = 0; kind < 7; ++kind) {
             SLoaded f(rows, role, 0), d(rows, role, 1);
+            fileMaps(f);
             d.ns->LoadStringUsageRows(10);
             EXPECT_TRUE(apply(*f.ns, *d.ns, kind, static_cast<int>(o), static_cast<int>(t),
                               static_cast<int>(s)))
