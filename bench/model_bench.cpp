@@ -18,9 +18,14 @@
 #include <string>
 #include <vector>
 
+#include "identity/guid_mgr.h"
+#include "identity/unique_object_table.h"
 #include "model/model_check.h"
 #include "model/model_file.h"
 #include "model/model_generator.h"
+#include "namespace/name_space_mgr.h"
+#include "namespace/string_table.h"
+#include "namespace/string_usage_table.h"
 #include "support/bench_support.h"
 
 extern char** environ;
@@ -30,10 +35,10 @@ namespace {
 constexpr const char* kProbeVariable = "TESSMETA_MODEL_PROBE";
 
 // The memory probe: the benchmark runs itself again with the probe variable set;
-// that process opens the model, writes its peak resident size in kB (VmHWM: the
-// program and SQLite's page cache included) to the file named by the variable and
-// exits. The child's rusage is no use here: a spawned process keeps the parent's
-// high-water mark across exec.
+// that process opens the model (and with `used` asks one question of every large
+// index, which files it), writes its peak resident size in kB (VmHWM: the program
+// and SQLite's page cache included) to the file named by the variable and exits. The child's rusage
+// is no use here: a spawned process keeps the parent's high-water mark across exec.
 long PeakKilobytesOfSelf() {
     std::FILE* status = std::fopen("/proc/self/status", "r");
     if (!status) return -1;
@@ -45,14 +50,29 @@ long PeakKilobytesOfSelf() {
     return peak;
 }
 
+// One question to each index a load leaves to be filed on first use.
+void FileEveryLargeIndex(tessmeta::CModelFile& model) {
+    CNameSpaceMgr& names = model.GetNameSpaceMgr();
+    names.GetStringIdFromString("probe");
+    names.GetStringIdFromStringNoCase("probe");
+    names.GetStringIdFromObjectAndUsageTypeIds(1, 1);
+    names.GetStringUsageTable().GetKeyMap();
+    names.GetStringTablePair().GetSmallTable().GetIdMap();
+    names.GetStringTablePair().GetLargeTable().GetIdMap();
+    CEnhUniqueObjectTable& objects = *model.GetGuidMgr().GetUniqueObjectTable();
+    objects.GetIdMap();
+    objects.GetIdByGuid(GUID{});
+}
+
 [[maybe_unused]] const bool kProbe = [] {
     if (const char* probe = std::getenv(kProbeVariable)) {
-        const std::string text(probe);
-        const auto bar = text.find('|');
+        const std::string text(probe);  // model|result|used
+        const auto bar = text.find('|'), bar2 = text.find('|', bar + 1);
         std::string error;
         auto model = tessmeta::CModelFile::Open(text.substr(0, bar), &error);
         if (!model) std::_Exit(1);
-        std::FILE* out = std::fopen(text.substr(bar + 1).c_str(), "w");
+        if (text.substr(bar2 + 1) == "used") FileEveryLargeIndex(*model);
+        std::FILE* out = std::fopen(text.substr(bar + 1, bar2 - bar - 1).c_str(), "w");
         if (!out) std::_Exit(1);
         std::fprintf(out, "%ld\n", PeakKilobytesOfSelf());
         std::fclose(out);
@@ -118,9 +138,10 @@ std::vector<STableRows> StoredRows(const std::string& path) {
     return tables;
 }
 
-long PeakKilobytesOfOpen(const std::string& path) {
+long PeakKilobytesOfOpen(const std::string& path, bool used) {
     const std::string result = tessmeta::bench::ScratchFile("whole_model_peak.txt");
-    const std::string variable = std::string(kProbeVariable) + "=" + path + "|" + result;
+    const std::string variable =
+        std::string(kProbeVariable) + "=" + path + "|" + result + (used ? "|used" : "|");
     std::vector<char*> env;
     for (char** e = environ; *e; ++e)
         env.push_back(*e);
@@ -195,7 +216,8 @@ void BM_WholeModel(benchmark::State& state) {
         state.SetIterationTime(load);
     }
     const double fileBytes = static_cast<double>(std::filesystem::file_size(model.path));
-    const double peakBytes = static_cast<double>(PeakKilobytesOfOpen(model.path)) * 1024.0;
+    const double peakBytes = static_cast<double>(PeakKilobytesOfOpen(model.path, false)) * 1024.0;
+    const double usedBytes = static_cast<double>(PeakKilobytesOfOpen(model.path, true)) * 1024.0;
     state.counters["rows"] = static_cast<double>(rowCount);
     state.counters["tables"] = static_cast<double>(stored.size());
     state.counters["gen_s"] = model.generateSeconds;
@@ -211,6 +233,8 @@ void BM_WholeModel(benchmark::State& state) {
     state.counters["file_MB"] = fileBytes / 1e6;
     state.counters["peak_MB"] = peakBytes / 1e6;
     state.counters["rss_ratio"] = peakBytes / fileBytes;
+    state.counters["used_peak_MB"] = usedBytes / 1e6;
+    state.counters["used_rss_ratio"] = usedBytes / fileBytes;
 }
 BENCHMARK(BM_WholeModel)->Unit(benchmark::kSecond)->Iterations(1)->UseManualTime();
 
