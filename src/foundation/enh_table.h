@@ -554,10 +554,7 @@ class CEnhTable : public CEnhTableBase {
     // Files every loaded row under its foreign key, in load order, the first time
     // the index is needed.
     void FileLoadedForeignKeys() {
-        if (!m_fkIndexPending) return;
-        m_fkIndexPending = false;
-        for (POSITION pos = GetFirstRowPosition(); pos;)
-            FileForeignKey(GetNextRow(pos));
+        FileListedRows<Row>(m_fkIndexPending, [this](Row* row) { FileForeignKey(row); });
     }
     void FileForeignKey(Row* row) {
         if constexpr (kFKTree) m_pFKIndex->Insert(FKIndexKey(*row), row);
@@ -576,11 +573,7 @@ class CEnhTable : public CEnhTableBase {
 
     // The key map, filed first if the load left it pending.
     KeyMap& Keys() const {
-        if (m_keyMapPending) {
-            m_keyMapPending = false;
-            for (POSITION pos = GetFirstRowPosition(); pos;)
-                MapByKey(GetNextRow(pos));
-        }
+        FileListedRows<Row>(m_keyMapPending, [this](Row* row) { MapByKey(row); });
         return m_keyMap;
     }
     void MapByKey(Row* row) const { m_keyMap.Add(row, Traits::kKeyMap == EEnhKeyMap::LastWins); }

@@ -140,6 +140,17 @@ class CEnhTableBase : public CObject {
     // Takes ownership of `row` (from the row pool or the heap) and appends it.
     void AddRow(CDbObjectBase* row) { m_rows.AddTail(row); }
 
+    // An index filed on first use: when `pending` is set, clears it and hands every
+    // listed row, in list order, to `file`. That makes the same entries in the same
+    // order as filing each row as it entered the table.
+    template <class Row, class File>
+    void FileListedRows(bool& pending, File&& file) const {
+        if (!pending) return;
+        pending = false;
+        for (POSITION pos = GetFirstRowPosition(); pos;)
+            file(static_cast<Row*>(GetNextRow(pos)));
+    }
+
     // Raises the row-numbering counter to `key` if it is below (for loaded rows of
     // tables that number their own rows).
     void RaiseNextKey(ULONG key) {

@@ -109,20 +109,14 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
 }
 
 CEnhUniqueObjectTable::IdMap& CEnhUniqueObjectTable::FiledIdMap() const {
-    if (m_idMapPending) {
-        m_idMapPending = false;
-        for (POSITION pos = GetFirstRowPosition(); pos;)
-            m_byId.Add(GetNextRow(pos), false);
-    }
+    FileListedRows<CKelUniqueObject>(m_idMapPending,
+                                     [this](CKelUniqueObject* row) { m_byId.Add(row, false); });
     return m_byId;
 }
 
 CEnhUniqueObjectTable::GuidMap* CEnhUniqueObjectTable::FiledGuidMap() const {
-    if (m_guidMapPending) {
-        m_guidMapPending = false;
-        for (POSITION pos = GetFirstRowPosition(); pos;)
-            m_pByGuid->File(GetNextRow(pos));
-    }
+    FileListedRows<CKelUniqueObject>(m_guidMapPending,
+                                     [this](CKelUniqueObject* row) { m_pByGuid->File(row); });
     return m_pByGuid.get();
 }
 

@@ -40,28 +40,24 @@ void CEnhStringTable<Row>::Init(unsigned int bucketCount) {
 
 template <class Row>
 template <class Map>
-void CEnhStringTable<Row>::File(Map& map, bool& pending) const {
-    pending = false;
-    for (POSITION pos = GetFirstRowPosition(); pos;)
-        map.Add(GetNextRow(pos));
+Map& CEnhStringTable<Row>::File(Map& map, bool& pending) const {
+    FileListedRows<Row>(pending, [&map](Row* row) { map.Add(row); });
+    return map;
 }
 
 template <class Row>
 auto CEnhStringTable<Row>::FiledIdMap() const -> IdMap& {
-    if (m_byIdPending) File(m_byId, m_byIdPending);
-    return m_byId;
+    return File(m_byId, m_byIdPending);
 }
 
 template <class Row>
 auto CEnhStringTable<Row>::FiledTextMap() const -> TextMap& {
-    if (m_byTextPending) File(m_byText, m_byTextPending);
-    return m_byText;
+    return File(m_byText, m_byTextPending);
 }
 
 template <class Row>
 auto CEnhStringTable<Row>::FiledNoCaseMap() const -> NoCaseMap& {
-    if (m_byTextNoCasePending) File(m_byTextNoCase, m_byTextNoCasePending);
-    return m_byTextNoCase;
+    return File(m_byTextNoCase, m_byTextNoCasePending);
 }
 
 template <class Row>

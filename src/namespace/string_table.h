@@ -121,7 +121,7 @@ class CEnhStringTable : public CEnhTableBase {
     TextMap& FiledTextMap() const;
     NoCaseMap& FiledNoCaseMap() const;
     template <class Map>
-    void File(Map& map, bool& pending) const;
+    Map& File(Map& map, bool& pending) const;
 
     // The id map's answers, one slot per id (id_slots.h).
     Row* MapFind(ULONG id) const { return FiledIdMap().Find(IdKey::Lookup(id)); }

@@ -151,13 +151,9 @@ std::int64_t CEnhStringUsageTable::RoleKey(const CKelStringUsage& row) {
 }
 
 CBalancedTree& CEnhStringUsageTable::RoleIndex() {
-    if (m_roleIndexPending) {
-        m_roleIndexPending = false;
-        for (POSITION pos = GetFirstRowPosition(); pos;) {
-            CKelStringUsage* row = GetNextRow(pos);
-            m_pRoleIndex->Insert(RoleKey(*row), row);
-        }
-    }
+    FileListedRows<CKelStringUsage>(m_roleIndexPending, [this](CKelStringUsage* row) {
+        m_pRoleIndex->Insert(RoleKey(*row), row);
+    });
     return *m_pRoleIndex;
 }
 
@@ -259,10 +255,7 @@ void CEnhStringUsageTable::SizeExtraIndexes(UINT bucketCount) {
 }
 
 CEnhStringUsageTable::ObjectMap& CEnhStringUsageTable::FiledObjectMap() const {
-    if (m_objectMapPending) {
-        m_objectMapPending = false;
-        for (POSITION pos = GetFirstRowPosition(); pos;)
-            m_byObject.Add(GetNextRow(pos));
-    }
+    FileListedRows<CKelStringUsage>(m_objectMapPending,
+                                    [this](CKelStringUsage* row) { m_byObject.Add(row); });
     return m_byObject;
 }
