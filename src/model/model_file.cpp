@@ -1,5 +1,7 @@
 #include "model/model_file.h"
 
+#include "platform/huge_block.h"
+
 #include "zmflib/rows.h"
 
 namespace tessmeta {
@@ -75,6 +77,8 @@ std::unique_ptr<CModelFile> CModelFile::Load(std::unique_ptr<CZmfFile> file,
                                              const SModelLoadOptions& options) {
     std::unique_ptr<CModelFile> model(new CModelFile(std::move(file)));
     model->GetFile().BeginBulkRead();
+    // The load's fresh memory is faulted in on a second core while this one reads.
+    const tessmeta::CHugeBlockWarmer warmer;
     model->LoadManagers(options);
     model->GetFile().EndBulkRead();
     return model;

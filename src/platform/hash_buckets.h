@@ -46,11 +46,11 @@ class CHashBuckets {
         m_nSize = size ? size : 1;
     }
     void Allocate() {
-        if (!m_pTable) m_pTable = NewTable(m_nSize, m_huge);
+        if (!m_pTable) m_pTable = NewTable(m_nSize);
     }
     void Free() noexcept {
         if (!m_pTable) return;
-        FreeTable(m_pTable, m_nSize, m_huge);
+        FreeTable(m_pTable, m_nSize);
         m_pTable = nullptr;
     }
 
@@ -158,8 +158,7 @@ class CHashBuckets {
     // Moves every node to 2n + 1 buckets; nodes stay where they are in memory.
     void Grow() {
         const UINT size = m_nSize * 2 + 1;
-        bool huge = false;
-        Node** table = NewTable(size, huge);
+        Node** table = NewTable(size);
         for (UINT bucket = 0; bucket < m_nSize; ++bucket) {
             for (Node* node = m_pTable[bucket]; node;) {
                 Node* next = LINKS::GetNext(node);
@@ -169,37 +168,19 @@ class CHashBuckets {
                 node = next;
             }
         }
-        FreeTable(m_pTable, m_nSize, m_huge);
-        m_huge = huge;
+        FreeTable(m_pTable, m_nSize);
         m_pTable = table;
         m_nSize = size;
     }
 
     // A zeroed array; a large one from huge pages when the system has them.
-    static std::size_t HugeTableBytes(UINT size) {
-        const std::size_t bytes = sizeof(Node*) * size;
-        if (bytes < tessmeta::kHugeBlockBytes) return 0;
-        return (bytes + tessmeta::kHugeBlockBytes - 1) / tessmeta::kHugeBlockBytes *
-               tessmeta::kHugeBlockBytes;
+    static Node** NewTable(UINT size) {
+        return static_cast<Node**>(tessmeta::AllocateArray(sizeof(Node*) * size, true));
     }
-    static Node** NewTable(UINT size, bool& huge) {
-        huge = false;
-        if (const std::size_t bytes = HugeTableBytes(size)) {
-            if (void* block = tessmeta::AllocateHugeBlock(bytes)) {
-                huge = true;
-                return static_cast<Node**>(block);
-            }
-        }
-        return new Node*[size]();
-    }
-    static void FreeTable(Node** table, UINT size, bool huge) noexcept {
-        if (huge)
-            tessmeta::FreeHugeBlock(table, HugeTableBytes(size));
-        else
-            delete[] table;
+    static void FreeTable(Node** table, UINT size) noexcept {
+        tessmeta::FreeArray(table, sizeof(Node*) * size);
     }
 
     Node** m_pTable = nullptr;
     UINT m_nSize = 17;
-    bool m_huge = false;  // the array is a huge block
 };

@@ -1,16 +1,24 @@
 #include "platform/huge_block.h"
 
+#include <condition_variable>
 #include <cstdint>
+#include <cstdlib>
+#include <mutex>
+#include <thread>
+#include <vector>
 
 #if defined(__linux__)
 #include <sys/mman.h>
+#include <unistd.h>
 #endif
 
 namespace tessmeta {
 
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
 
-void* AllocateHugeBlock(std::size_t bytes) noexcept {
+namespace {
+
+void* MapHugeBlock(std::size_t bytes) noexcept {
     // Map one huge page more than asked and trim both ends to the alignment.
     const std::size_t mappedBytes = bytes + kHugeBlockBytes;
     void* mapped =
@@ -27,17 +35,225 @@ void* AllocateHugeBlock(std::size_t bytes) noexcept {
     return reinterpret_cast<void*>(aligned);
 }
 
+// Faults every page of `bytes` at `at` in without changing what they hold; false
+// where the system cannot.
+bool Populate(void* at, std::size_t bytes) noexcept {
+#if defined(MADV_POPULATE_WRITE)
+    return ::madvise(at, bytes, MADV_POPULATE_WRITE) == 0;
+#else
+    (void)at;
+    (void)bytes;
+    return false;
+#endif
+}
+
+// Faults every page of a fresh block in (nobody else holds it yet, so where the
+// system cannot populate, writing zeros does).
+void Prefault(void* block) noexcept {
+    if (Populate(block, kHugeBlockBytes)) return;
+    const std::size_t page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    auto* bytes = static_cast<volatile char*>(block);
+    for (std::size_t at = 0; at < kHugeBlockBytes; at += page)
+        bytes[at] = 0;
+}
+
+// While any warmer lives, one helper thread keeps blocks faulted in ahead, and
+// faults in the arrays that are about to be filled (id slots), a huge page at a
+// time from their start.
+class CWarmStock {
+  public:
+    static CWarmStock& Get() {
+        static CWarmStock stock;
+        return stock;
+    }
+
+    void* Take() {
+        std::lock_guard lock(m_mutex);
+        if (m_ready.empty()) return nullptr;
+        void* block = m_ready.back();
+        m_ready.pop_back();
+        m_changed.notify_one();
+        return block;
+    }
+
+    // `array` (whole huge blocks) is about to be filled from its start.
+    void WarmSoon(void* array, std::size_t bytes) {
+        std::lock_guard lock(m_mutex);
+        if (m_warmers == 0) return;
+        try {
+            m_arrays.push_back({static_cast<char*>(array), bytes, static_cast<char*>(array)});
+        } catch (...) {
+            return;  // the array faults its own pages
+        }
+        m_changed.notify_one();
+    }
+
+    // `array` goes back: none of it is faulted in any more.
+    void Forget(void* array) noexcept {
+        std::lock_guard lock(m_mutex);
+        for (auto it = m_arrays.begin(); it != m_arrays.end(); ++it)
+            if (it->begin == array) {
+                m_arrays.erase(it);
+                return;
+            }
+    }
+
+    void Start(int ahead) {
+        std::lock_guard lock(m_mutex);
+        if (m_warmers++ > 0) return;
+        m_ahead = static_cast<std::size_t>(ahead > 0 ? ahead : 1);
+        const unsigned generation = ++m_generation;
+        try {
+            m_thread = std::thread([this, generation] { Fill(generation); });
+        } catch (...) {
+            // No thread: allocations simply fault their own pages.
+        }
+    }
+
+    void Stop() {
+        std::thread thread;
+        std::vector<void*> left;
+        {
+            std::lock_guard lock(m_mutex);
+            if (--m_warmers > 0) return;
+            m_arrays.clear();
+            m_changed.notify_all();
+            thread.swap(m_thread);
+        }
+        if (thread.joinable()) thread.join();
+        {
+            std::lock_guard lock(m_mutex);
+            if (m_warmers > 0) return;  // a new warmer came meanwhile and keeps the stock
+            left.swap(m_ready);
+        }
+        for (void* block : left)
+            ::munmap(block, kHugeBlockBytes);
+    }
+
+  private:
+    struct SArray {
+        char* begin;
+        std::size_t bytes;
+        char* next;  // the first huge page not faulted in yet
+    };
+
+    // Runs until the last warmer goes or a newer thread takes over. The stock comes
+    // first (a pool that finds it empty faults a block itself), then the arrays.
+    void Fill(unsigned generation) {
+        std::unique_lock lock(m_mutex);
+        while (m_warmers > 0 && m_generation == generation) {
+            if (m_ready.size() < m_ahead) {
+                lock.unlock();
+                void* block = MapHugeBlock(kHugeBlockBytes);
+                if (block) Prefault(block);
+                lock.lock();
+                if (!block) return;
+                m_ready.push_back(block);
+            } else if (!m_arrays.empty()) {
+                // Populating leaves the contents alone, so a page the owner has
+                // written meanwhile, or that it has given back, comes to no harm.
+                SArray& array = m_arrays.front();
+                char* page = array.next;
+                array.next += kHugeBlockBytes;
+                if (array.next >= array.begin + array.bytes) m_arrays.erase(m_arrays.begin());
+                lock.unlock();
+                Populate(page, kHugeBlockBytes);
+                lock.lock();
+            } else {
+                m_changed.wait(lock);
+            }
+        }
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<void*> m_ready;    // mapped, faulted in, untouched since
+    std::vector<SArray> m_arrays;  // to be faulted in, oldest first
+    std::thread m_thread;
+    std::size_t m_ahead = 1;
+    int m_warmers = 0;
+    unsigned m_generation = 0;
+};
+
+}  // namespace
+
+void* AllocateHugeBlock(std::size_t bytes) noexcept {
+    if (bytes == kHugeBlockBytes)
+        if (void* block = CWarmStock::Get().Take()) return block;
+    return MapHugeBlock(bytes);
+}
+
 void FreeHugeBlock(void* block, std::size_t bytes) noexcept {
     if (block) ::munmap(block, bytes);
 }
 
+CHugeBlockWarmer::CHugeBlockWarmer(int ahead) {
+    CWarmStock::Get().Start(ahead);
+}
+
+CHugeBlockWarmer::~CHugeBlockWarmer() {
+    CWarmStock::Get().Stop();
+}
+
+namespace {
+constexpr bool kHaveHugeBlocks = true;
+void WarmSoon(void* array, std::size_t bytes) {
+    CWarmStock::Get().WarmSoon(array, bytes);
+}
+void ForgetWarm(void* array) noexcept {
+    CWarmStock::Get().Forget(array);
+}
+}  // namespace
+
 #else
+
+namespace {
+constexpr bool kHaveHugeBlocks = false;
+void WarmSoon(void*, std::size_t) {}
+void ForgetWarm(void*) noexcept {}
+}  // namespace
 
 void* AllocateHugeBlock(std::size_t) noexcept {
     return nullptr;
 }
 void FreeHugeBlock(void*, std::size_t) noexcept {}
+CHugeBlockWarmer::CHugeBlockWarmer(int) {}
+CHugeBlockWarmer::~CHugeBlockWarmer() {}
 
 #endif
+
+namespace {
+
+// The whole huge blocks an array of `bytes` takes, or 0 for one from the heap.
+std::size_t HugeArrayBytes(std::size_t bytes) {
+    if (!kHaveHugeBlocks || bytes < kHugeBlockBytes) return 0;
+    return (bytes + kHugeBlockBytes - 1) / kHugeBlockBytes * kHugeBlockBytes;
+}
+
+}  // namespace
+
+void* AllocateArray(std::size_t bytes, bool zeroed) {
+    if (const std::size_t huge = HugeArrayBytes(bytes)) {
+        void* block = AllocateHugeBlock(huge);  // fresh mappings read as zeros
+        if (!block) throw std::bad_alloc();
+        // An array taken without zeroing is about to be filled.
+        if (!zeroed) WarmSoon(block, huge);
+        return block;
+    }
+    // calloc: a large zeroed array comes as fresh pages, untouched until used (an
+    // index sized at a load but filed only on first use costs nothing until then).
+    void* array = zeroed ? std::calloc(bytes ? bytes : 1, 1) : std::malloc(bytes ? bytes : 1);
+    if (!array) throw std::bad_alloc();
+    return array;
+}
+
+void FreeArray(void* array, std::size_t bytes) noexcept {
+    if (const std::size_t huge = HugeArrayBytes(bytes)) {
+        ForgetWarm(array);
+        FreeHugeBlock(array, huge);
+    } else {
+        std::free(array);
+    }
+}
 
 }  // namespace tessmeta

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
 
 namespace tessmeta {
 
@@ -15,5 +16,45 @@ inline constexpr std::size_t kHugeBlockBytes = std::size_t{2} << 20;
 // caller then takes ordinary storage). Give it back with FreeHugeBlock.
 void* AllocateHugeBlock(std::size_t bytes) noexcept;
 void FreeHugeBlock(void* block, std::size_t bytes) noexcept;
+
+// Storage for an array of `bytes`: from huge blocks (rounded up to whole ones) at
+// kHugeBlockBytes and over where the system has them, else from the heap. Zeroed
+// when `zeroed` is set: such an array may stay untouched for long (an index sized
+// but not yet filed). One taken without zeroing is about to be filled, so while a
+// CHugeBlockWarmer lives its pages are faulted in on the warmer's thread, from the
+// start. Throws std::bad_alloc. Give it back with FreeArray and the same `bytes`.
+void* AllocateArray(std::size_t bytes, bool zeroed);
+void FreeArray(void* array, std::size_t bytes) noexcept;
+
+// An allocator for containers that grow large (id slots): their arrays then cost a
+// page fault per two megabytes rather than per 4 KiB.
+template <class T>
+struct CHugeArrayAllocator {
+    using value_type = T;
+    CHugeArrayAllocator() = default;
+    template <class U>
+    CHugeArrayAllocator(const CHugeArrayAllocator<U>&) noexcept {}
+    T* allocate(std::size_t n) { return static_cast<T*>(AllocateArray(n * sizeof(T), false)); }
+    void deallocate(T* p, std::size_t n) noexcept { FreeArray(p, n * sizeof(T)); }
+    template <class U>
+    bool operator==(const CHugeArrayAllocator<U>&) const noexcept {
+        return true;
+    }
+};
+
+// While one lives, a helper thread keeps up to `ahead` blocks of kHugeBlockBytes
+// mapped and faulted in, and AllocateHugeBlock hands those out first. A long fill
+// (a model's load) then finds most of its fresh pages already there: the kernel
+// zeroes them on the second core while the fill reads the file on the first (on a
+// virtual machine that first touch of a page costs about as much as reading it).
+// Blocks left over when the last one goes are unmapped. Nests and may be used
+// from several threads; without threads or huge pages it does nothing.
+class CHugeBlockWarmer {
+  public:
+    explicit CHugeBlockWarmer(int ahead = 1);
+    ~CHugeBlockWarmer();
+    CHugeBlockWarmer(const CHugeBlockWarmer&) = delete;
+    CHugeBlockWarmer& operator=(const CHugeBlockWarmer&) = delete;
+};
 
 }  // namespace tessmeta

@@ -20,6 +20,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "platform/huge_block.h"
 #include "platform/types.h"
 
 template <class Row>
@@ -94,6 +95,6 @@ class CIdSlots {
   private:
     static constexpr std::size_t kFirstSlots = 4096;
 
-    std::vector<Row*> m_slots;
+    std::vector<Row*, tessmeta::CHugeArrayAllocator<Row*>> m_slots;
     bool m_beyond = false;
 };

@@ -54,6 +54,13 @@ void CNodePool::Grow() {
     m_ranges.insert(std::upper_bound(m_ranges.begin(), m_ranges.end(), range), range);
 }
 
+void CNodePool::ExpectNodes(std::size_t count) noexcept {
+    if (!m_ranges.empty()) return;
+    // One node more than a huge page holds asks Grow for a huge page.
+    const std::size_t hugeNodes = kMaxBlockBytes / m_nodeSize + 1;
+    m_nextBlockNodes = std::max(m_nextBlockNodes, std::min(count, hugeNodes));
+}
+
 void CNodePool::Reset() noexcept {
     for (const auto& range : m_ranges) {
         auto* block = reinterpret_cast<Block*>(const_cast<char*>(range.first) - kHeader);

@@ -47,6 +47,11 @@ class CNodePool {
         return node;
     }
 
+    // A hint before the first node: about `count` nodes are coming (a load that
+    // knows its row count), so the first block holds them all, or is a huge page
+    // at once where they fill one. Ignored once the pool has a block.
+    void ExpectNodes(std::size_t count) noexcept;
+
     // Gives back storage from Alloc whose node has already been destroyed.
     void Free(void* node) noexcept { m_free = ::new (node) FreeNode{m_free}; }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <random>
@@ -55,6 +56,19 @@ TEST(CNodePoolTest, LiveNodesKeepTheirContentsAndFreedNodesComeBackFirst) {
     void* fresh = pool.Alloc();
     std::memset(fresh, 0xAB, sizeof(SNode));
     EXPECT_TRUE(pool.Owns(fresh));
+}
+
+// A pool told how many nodes come carves them from one block, in address order.
+TEST(CNodePoolTest, ExpectedNodesComeFromOneBlock) {
+    for (const std::size_t expected : {std::size_t{1000}, std::size_t{60000}}) {
+        CNodePool pool(sizeof(SNode), 3);
+        pool.ExpectNodes(expected);
+        const std::size_t inOneBlock =
+            std::min(expected, CNodePool::kMaxBlockBytes / sizeof(SNode) - 1);
+        auto* first = static_cast<char*>(pool.Alloc());
+        for (std::size_t i = 1; i < inOneBlock; ++i)
+            ASSERT_EQ(pool.Alloc(), first + i * sizeof(SNode)) << expected << " " << i;
+    }
 }
 
 TEST(CNodePoolTest, NodesSmallerThanALinkAndHugeNodesWork) {

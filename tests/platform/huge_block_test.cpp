@@ -1,0 +1,54 @@
+#include "platform/huge_block.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using tessmeta::kHugeBlockBytes;
+
+bool AllBytesAre(const unsigned char* bytes, std::size_t count, unsigned char value) {
+    for (std::size_t i = 0; i < count; ++i)
+        if (bytes[i] != value) return false;
+    return true;
+}
+
+// Blocks from the warmed stock and arrays faulted in behind their owner's back
+// must read exactly as fresh memory and keep what the owner writes, with warmers
+// nested and on two threads at once; an array given back while still queued must
+// do no harm.
+TEST(HugeBlock, WarmedBlocksAndArraysReadAsFreshMemory) {
+    auto work = [](unsigned char stamp) {
+        const tessmeta::CHugeBlockWarmer outer;
+        const tessmeta::CHugeBlockWarmer inner(3);
+        for (int round = 0; round < 6; ++round) {
+            auto* block = static_cast<unsigned char*>(tessmeta::AllocateHugeBlock(kHugeBlockBytes));
+            ASSERT_NE(block, nullptr);
+            EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % kHugeBlockBytes, 0u);
+            EXPECT_TRUE(AllBytesAre(block, kHugeBlockBytes, 0));
+            block[0] = block[kHugeBlockBytes - 1] = stamp;
+            tessmeta::FreeHugeBlock(block, kHugeBlockBytes);
+
+            std::vector<unsigned char, tessmeta::CHugeArrayAllocator<unsigned char>> filled(
+                3 * kHugeBlockBytes + 5, stamp);
+            EXPECT_TRUE(AllBytesAre(filled.data(), filled.size(), stamp));
+            auto* dropped = tessmeta::AllocateArray(4 * kHugeBlockBytes, false);
+            tessmeta::FreeArray(dropped, 4 * kHugeBlockBytes);
+            auto* zeroed =
+                static_cast<unsigned char*>(tessmeta::AllocateArray(kHugeBlockBytes + 1, true));
+            EXPECT_TRUE(AllBytesAre(zeroed, kHugeBlockBytes + 1, 0));
+            tessmeta::FreeArray(zeroed, kHugeBlockBytes + 1);
+        }
+    };
+    std::thread other(work, 0x5A);
+    work(0xA5);
+    other.join();
+    void* small = tessmeta::AllocateArray(100, true);
+    EXPECT_TRUE(AllBytesAre(static_cast<unsigned char*>(small), 100, 0));
+    tessmeta::FreeArray(small, 100);
+}
+
+}  // namespace
