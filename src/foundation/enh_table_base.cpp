@@ -48,17 +48,43 @@ void CEnhTableBase::Remove(CDbObjectBase* row) {
     DestroyRow(row);
 }
 
-UINT CEnhTableBase::LoadBucketCount(unsigned int requested) {
+std::size_t CEnhTableBase::StoredRowFigure() const {
+    if (!m_pTable || !m_pTable->HasStoredSizeEstimate()) return 0;
+    // Capped: a damaged figure must not reserve much address space.
+    constexpr LONG kLargestHint = LONG{1} << 26;
+    return static_cast<std::size_t>(std::clamp<LONG>(m_pTable->GetSizeEstimate(), 0, kLargestHint));
+}
+
+namespace {
+// Saves write the row count as the figure, so up to this bound it is trusted
+// without a count; above it one count of the stored rows is cheap next to the load
+// that follows.
+constexpr LONG kTrustedFigure = 1 << 16;
+}  // namespace
+
+bool CEnhTableBase::SLoadSize::NeedsRows() const {
+    return !requested && (!hasFigure || figure > kTrustedFigure);
+}
+
+UINT CEnhTableBase::SLoadSize::Buckets(ULONG storedRows) const {
     if (requested) return requested;
-    const LONG figure = m_pTable ? m_pTable->GetSizeEstimate() : 0;
+    if (!hasFigure) return static_cast<UINT>(std::max<ULONG>(storedRows, 1));
     if (figure <= 0) return 1;
-    // Saves write the row count as the figure, so below this bound it is trusted
-    // without a count; above it one count of the stored rows is cheap next to the
-    // load that follows.
-    constexpr LONG kTrustedFigure = 1 << 16;
     if (figure <= kTrustedFigure) return static_cast<UINT>(figure);
-    const ULONG rows = m_pTable->GetCount();
-    return static_cast<UINT>(std::clamp<ULONG>(rows, 1, static_cast<ULONG>(figure)));
+    return static_cast<UINT>(std::clamp<ULONG>(storedRows, 1, static_cast<ULONG>(figure)));
+}
+
+CEnhTableBase::SLoadSize CEnhTableBase::LoadSize(unsigned int requested) const {
+    SLoadSize size;
+    size.requested = requested;
+    size.hasFigure = m_pTable && m_pTable->HasStoredSizeEstimate();
+    if (size.hasFigure) size.figure = m_pTable->GetSizeEstimate();
+    return size;
+}
+
+UINT CEnhTableBase::LoadBucketCount(unsigned int requested) {
+    const SLoadSize size = LoadSize(requested);
+    return size.Buckets(size.NeedsRows() && m_pTable ? m_pTable->GetCount() : 0);
 }
 
 void CEnhTableBase::ReleaseHandle() {

@@ -164,7 +164,22 @@ class CEnhTableBase : public CObject {
     // record-store table; never 0. A large figure is checked against the rows the
     // table really holds, so a damaged figure cannot ask for gigabytes of buckets.
     UINT LoadBucketCount(unsigned int requested);
+    // The same rule for a load that sizes its indexes after reading: taken before
+    // the read, it gives the bucket count from the stored row count, which the
+    // records read are (or a count, for an index filed while the load reads).
+    struct SLoadSize {
+        unsigned int requested = 0;
+        LONG figure = 0;
+        bool hasFigure = false;
+        // Whether Buckets reads its argument.
+        bool NeedsRows() const;
+        UINT Buckets(ULONG storedRows) const;
+    };
+    SLoadSize LoadSize(unsigned int requested) const;
 
+    // The load loops return the number of records read: after a full read, the
+    // count of the stored rows.
+    //
     // The load loop: reads every stored row into a fresh Row object and passes it to
     // `enter` (which takes ownership), then releases the record-store table.
     template <class Row, class Enter>
@@ -173,7 +188,10 @@ class CEnhTableBase : public CObject {
     // which gives the row back to the pool if it is dropped. Rows of a table that
     // loads this way must leave it only through Remove (or the table's end).
     template <class Row, class Enter>
-    void LoadPooledRows(Enter&& enter);
+    std::size_t LoadPooledRows(Enter&& enter);
+    // The row count the held record-store table's last save wrote, 0 without one:
+    // a hint for storage, never a count (reading it costs no query).
+    std::size_t StoredRowFigure() const;
     // Storage for the texts of loaded rows (cstring.h): kept until the table goes,
     // after every row.
     CStringArena& TextArena();
@@ -185,7 +203,7 @@ class CEnhTableBase : public CObject {
     // storage from row to row) and passes it to `enter` by const reference, then
     // releases the record-store table.
     template <class Record, class Enter>
-    void LoadRecords(Enter&& enter);
+    std::size_t LoadRecords(Enter&& enter);
 
     // Makes `file` the model file without touching its tables (a save that leaves
     // the stored table as it is still moves the table to the file saved to).
@@ -236,7 +254,10 @@ void CEnhTableBase::LoadRows(Enter&& enter) {
 template <class Row>
 CRowPtr<Row> CEnhTableBase::NewPooledRow() {
     // The first block holds 64 rows; each further one twice as many (node_pool.h).
-    if (!m_pRowPool) m_pRowPool = std::make_unique<CNodePool>(sizeof(Row), 64);
+    if (!m_pRowPool) {
+        m_pRowPool = std::make_unique<CNodePool>(sizeof(Row), 64);
+        m_pRowPool->ExpectNodes(StoredRowFigure());
+    }
     void* storage = m_pRowPool->Alloc();
     try {
         return CRowPtr<Row>(::new (storage) Row(), CRowDeleter(m_pRowPool.get()));
@@ -247,21 +268,25 @@ CRowPtr<Row> CEnhTableBase::NewPooledRow() {
 }
 
 template <class Row, class Enter>
-void CEnhTableBase::LoadPooledRows(Enter&& enter) {
+std::size_t CEnhTableBase::LoadPooledRows(Enter&& enter) {
     CIteratorBase stored(m_pTable);
-    for (;;) {
+    std::size_t read = 0;
+    for (;; ++read) {
         CRowPtr<Row> row = NewPooledRow<Row>();
         if (!stored.GetNext(row.get())) break;  // the spare row goes back to the pool
         enter(std::move(row));
     }
     ReleaseHandle();
+    return read;
 }
 
 template <class Record, class Enter>
-void CEnhTableBase::LoadRecords(Enter&& enter) {
+std::size_t CEnhTableBase::LoadRecords(Enter&& enter) {
     CIteratorBase stored(m_pTable);
     Record record;
-    while (stored.GetNext(&record))
+    std::size_t read = 0;
+    for (; stored.GetNext(&record); ++read)
         enter(static_cast<const Record&>(record));
     ReleaseHandle();
+    return read;
 }

@@ -61,45 +61,36 @@ CEnhUniqueObjectTable::CEnhUniqueObjectTable(CZmfFile* file, CGuidMgr* owner, in
 }
 
 void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
-    UINT buckets = hashSize;
-    if (buckets == 0) {
-        CTableBase* stored = *this;
-        const ULONG rows = stored ? stored->GetCount() : 0;
-        if (m_pByGuid) {
-            // Room for the GUID map's uneven chains; an odd count spreads hashes better.
-            buckets = static_cast<UINT>(static_cast<double>(rows) * 1.7);
-            if (buckets % 2 == 0) ++buckets;
-        } else {
-            buckets = rows;
-        }
-    }
-    m_byId.InitHashTable(buckets, TRUE);
-    // The id map too is filed on first use, from the rows in list order; lookups of
-    // ids the slots cover never need it.
+    // Both maps are sized from the stored row count, which the read itself gives:
+    // no count of the stored rows ahead of it. They are filed on first use, from
+    // the rows in list order; lookups of ids the slots cover never need the id map.
+    m_requestedBuckets = hashSize;
+    m_mapsUnsized = true;
     m_idMapPending = true;
     m_byIdSlots.Clear();
-    if (CTableBase* stored = *this) m_byIdSlots.Reserve(stored->GetCount() + std::size_t{1});
-    if (m_pByGuid) m_pByGuid->InitHashTable(buckets);
+    m_byIdSlots.Reserve(StoredRowFigure() + std::size_t{1});
 
     const bool storedGuids = m_nFileVersion >= kFirstVersionWithGuids;
     // Stored GUIDs are texts, kept in memory as binary GUIDs: each record is read
     // into one reused buffer and only its other columns are copied into the row.
-    LoadRecords<CUniqueObjectBase>([this, storedGuids](const CUniqueObjectBase& record) {
-        CRowPtr<CKelUniqueObject> row = NewPooledRow<CKelUniqueObject>();
-        row->AssignColumns(record);
-        if (storedGuids) {
-            // Empty or malformed text leaves the GUID nil.
-            tessmeta::GuidFromText(record.Object_GUID.GetValue().View(), row->ObjectGuid);
-            tessmeta::GuidFromText(record.Version_GUID.GetValue().View(), row->VersionGuid);
-        } else {
-            CGuidMgr::CreateNewGUID(&row->ObjectGuid);
-            CGuidMgr::CreateNewGUID(&row->VersionGuid);
-            if (row->Creation_Time == 0)
-                row->Creation_Time = CreationTimeFrom(row->Modification_Date.GetValue());
-            row->Repository_Status = tessmeta::kRepoNew;
-        }
-        EnterRow(std::move(row));
-    });
+    const std::size_t read =
+        LoadRecords<CUniqueObjectBase>([this, storedGuids](const CUniqueObjectBase& record) {
+            CRowPtr<CKelUniqueObject> row = NewPooledRow<CKelUniqueObject>();
+            row->AssignColumns(record);
+            if (storedGuids) {
+                // Empty or malformed text leaves the GUID nil.
+                tessmeta::GuidFromText(record.Object_GUID.GetValue().View(), row->ObjectGuid);
+                tessmeta::GuidFromText(record.Version_GUID.GetValue().View(), row->VersionGuid);
+            } else {
+                CGuidMgr::CreateNewGUID(&row->ObjectGuid);
+                CGuidMgr::CreateNewGUID(&row->VersionGuid);
+                if (row->Creation_Time == 0)
+                    row->Creation_Time = CreationTimeFrom(row->Modification_Date.GetValue());
+                row->Repository_Status = tessmeta::kRepoNew;
+            }
+            EnterRow(std::move(row));
+        });
+    SizeMaps(static_cast<ULONG>(read));
     // The GUID map is filed on first use, in list order: the same map as filing
     // each row as it is read. A load that never looks a GUID up does not pay for it;
     // one that does files it in a loop of its own, where the bucket accesses of
@@ -108,13 +99,40 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
     m_guidMapPending = m_pByGuid != nullptr;
 }
 
+void CEnhUniqueObjectTable::SizeMaps(ULONG storedRows) const {
+    if (!m_mapsUnsized) return;
+    m_mapsUnsized = false;
+    UINT buckets = m_requestedBuckets;
+    if (buckets == 0) {
+        if (m_pByGuid) {
+            // Room for the GUID map's uneven chains; an odd count spreads hashes better.
+            buckets = static_cast<UINT>(static_cast<double>(storedRows) * 1.7);
+            if (buckets % 2 == 0) ++buckets;
+        } else {
+            buckets = storedRows;
+        }
+    }
+    m_byId.InitHashTable(buckets, TRUE);
+    if (m_pByGuid) m_pByGuid->InitHashTable(buckets);
+}
+
+void CEnhUniqueObjectTable::SizeMapsWhileLoading() const {
+    // A map filed while the load still reads (an id the slots cannot cover): the
+    // stored rows are counted for the size.
+    if (!m_mapsUnsized) return;
+    CTableBase* stored = *this;
+    SizeMaps(stored ? stored->GetCount() : 0);
+}
+
 CEnhUniqueObjectTable::IdMap& CEnhUniqueObjectTable::FiledIdMap() const {
+    SizeMapsWhileLoading();
     FileListedRows<CKelUniqueObject>(m_idMapPending,
                                      [this](CKelUniqueObject* row) { m_byId.Add(row, false); });
     return m_byId;
 }
 
 CEnhUniqueObjectTable::GuidMap* CEnhUniqueObjectTable::FiledGuidMap() const {
+    SizeMapsWhileLoading();
     FileListedRows<CKelUniqueObject>(m_guidMapPending,
                                      [this](CKelUniqueObject* row) { m_pByGuid->File(row); });
     return m_pByGuid.get();

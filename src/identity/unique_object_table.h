@@ -148,6 +148,9 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     CKelUniqueObject* EnterRow(CRowPtr<CKelUniqueObject> row);
     // The GUID map (null without one), filed first when the load left it pending.
     GuidMap* FiledGuidMap() const;
+    // Gives both maps their load size, for `storedRows` rows, unless done already.
+    void SizeMaps(ULONG storedRows) const;
+    void SizeMapsWhileLoading() const;
     // Whether Save leaves `row` out as an object the host no longer refers to.
     bool IsCleaned(const CKelUniqueObject& row, const CGlobalIdMaps* maps) const;
     // A new object GUID for a row being saved, copied to its domain when it owns one.
@@ -158,6 +161,10 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     CIdSlots<CKelUniqueObject> m_byIdSlots;
     std::unique_ptr<GuidMap> m_pByGuid;     // null unless the owner keeps one
     mutable bool m_guidMapPending = false;  // loaded rows not yet filed in it
+    // The load sizes the maps after reading (the records read are the stored row
+    // count), or when a map must be filed while it reads (from a count).
+    mutable bool m_mapsUnsized = false;
+    unsigned int m_requestedBuckets = 0;
     CKelUniqueObject* m_pCurrent = nullptr;
     CGuidMgr* m_pOwner;  // not owned
     DWORD m_nFileVersion = kDefaultFileVersion;

@@ -20,27 +20,43 @@ struct CEnhStringTable<Row>::SLostKeys {
 
 template <class Row>
 void CEnhStringTable<Row>::Init(unsigned int bucketCount) {
-    const UINT buckets = LoadBucketCount(bucketCount);
-    m_byId.InitHashTable(buckets);
+    // The maps are sized from the stored row count, which the read itself gives,
+    // and filed on first use; lookups by id read the slots, which need the id map
+    // only for ids beyond them.
+    m_unsized = LoadSize(bucketCount);
     m_byIdSlots.Clear();
-    m_byIdSlots.Reserve(std::size_t{buckets} + 1);  // ids 1 to the stored row count
-    m_byText.InitHashTable(buckets);
-    m_byTextNoCase.InitHashTable(buckets);
-    // Lookups by id read the slots, which need the id map only for ids beyond them.
+    m_byIdSlots.Reserve(StoredRowFigure() + 1);  // ids 1 to the stored row count
     m_byIdPending = m_byTextPending = m_byTextNoCasePending = true;
     // A string's text never changes while the model is open: the texts of loaded
     // rows move to the table's text arena (the heap block the read filled is the
     // one the next read gets back).
     CStringArena& texts = TextArena();
-    LoadPooledRows<Row>([this, &texts](CRowPtr<Row> row) {
+    const std::size_t read = LoadPooledRows<Row>([this, &texts](CRowPtr<Row> row) {
         row->Text = texts.Store(row->GetText());
         OnLoaded(*Enter(std::move(row)));
     });
+    SizeMaps(static_cast<ULONG>(read));
+}
+
+template <class Row>
+void CEnhStringTable<Row>::SizeMaps(ULONG storedRows) const {
+    if (!m_unsized) return;
+    const UINT buckets = m_unsized->Buckets(storedRows);
+    m_unsized.reset();
+    m_byId.InitHashTable(buckets);
+    m_byText.InitHashTable(buckets);
+    m_byTextNoCase.InitHashTable(buckets);
 }
 
 template <class Row>
 template <class Map>
 Map& CEnhStringTable<Row>::File(Map& map, bool& pending) const {
+    // Filed while the load still reads (an id beyond the slots): the stored rows
+    // are counted for the size.
+    if (m_unsized) {
+        CTableBase* stored = *this;
+        SizeMaps(m_unsized->NeedsRows() && stored ? stored->GetCount() : 0);
+    }
     FileListedRows<Row>(pending, [&map](Row* row) { map.Add(row); });
     return map;
 }

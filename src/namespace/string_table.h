@@ -20,6 +20,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -133,6 +134,10 @@ class CEnhStringTable : public CEnhTableBase {
     CIdSlots<Row> m_byIdSlots;
     mutable TextMap m_byText;
     mutable NoCaseMap m_byTextNoCase;
+    // Gives the maps their load size, for `storedRows` rows, unless done already.
+    void SizeMaps(ULONG storedRows) const;
+    // Set while a load has not sized the maps yet.
+    mutable std::optional<SLoadSize> m_unsized;
     mutable bool m_byIdPending = false;
     mutable bool m_byTextPending = false;
     mutable bool m_byTextNoCasePending = false;

@@ -89,19 +89,21 @@ void ExpectRowsAsTheMapAnswers(const CEnhUniqueObjectTable& table,
 TEST(IdentityLookup, RowsByIdFollowTheIdMapThroughAddsAndDeletes) {
     for (const bool lookAtLoad : {true, false}) {
         SCOPED_TRACE(lookAtLoad);
-        // Stored: ids 0..40 with two duplicates and one id far beyond the row count.
+        // Stored: ids 0..40 with two duplicates, after one id far beyond the row
+        // count (so the load files the id map while it still reads).
         std::vector<CUniqueObjectBase> stored;
+        stored.push_back(StoredObject(100000, 12, 1, GuidTextFor(502).c_str()));
         for (ULONG id = 0; id <= 40; ++id)
             stored.push_back(StoredObject(id, 10, 1, GuidTextFor(id + 1).c_str()));
         stored.push_back(StoredObject(7, 11, 1, GuidTextFor(500).c_str()));
         stored.push_back(StoredObject(30, 11, 1, GuidTextFor(501).c_str()));
-        stored.push_back(StoredObject(100000, 12, 1, GuidTextFor(502).c_str()));
         auto file = CZmfFile::OpenMemory();
         StoreDefinitions(*file, StandardDefinitions());
         StoreObjects(*file, stored);
         auto mgr = LoadGuids(*file);
         CEnhUniqueObjectTable& table = *mgr->GetUniqueObjectTable();
-        EXPECT_EQ(mgr->GetObjectTypeId(7u), 10);  // the first of a duplicate id answers
+        EXPECT_EQ(mgr->GetObjectTypeId(7u), 10);              // the first of a duplicate id answers
+        EXPECT_EQ(table.GetIdMap().GetHashTableSize(), 75u);  // 44 stored rows x 1.7, odd
 
         std::vector<ULONG> probes;
         for (ULONG id = 0; id < 9000; ++id)

@@ -120,6 +120,22 @@ TEST(StringTable, IdsLoadedCopiedAndIterated) {
     EXPECT_EQ(AllStrings(ns), expected);
 }
 
+// An id far beyond the row count, loaded first, makes the load file the id map
+// while it still reads: the maps still get the stored row count (or the size asked).
+TEST(StringTable, MapsFiledDuringTheLoadAreSizedAsAfterIt) {
+    SStoredRows rows;
+    rows.small = {{100000, "far", 0}, {1, "one", 0}, {2, "two", 0}};
+    for (const unsigned int buckets : {0u, 7u}) {
+        SLoaded m(rows, 0, 0, buckets);
+        const auto& table = m.ns->GetStringTablePair().GetSmallTable();
+        EXPECT_EQ(table.GetIdMap().GetHashTableSize(), buckets ? buckets : 3u);
+        EXPECT_EQ(table.GetTextMap().GetHashTableSize(), buckets ? buckets : 3u);
+        EXPECT_EQ(TextOf(*m.ns, 100000), "far");
+        EXPECT_EQ(TextOf(*m.ns, 1), "one");
+        EXPECT_EQ(m.ns->GetStringIdFromString("two"), 2u);
+    }
+}
+
 // Random interning and lookups against a model made of std::maps.
 TEST(StringTable, MatchesAReferenceModel) {
     std::mt19937 rng(20240611);
