@@ -185,7 +185,8 @@ class CEnhTableBase : public CObject {
     template <class Row, class Enter>
     void LoadRows(Enter&& enter);
     // The same with rows from the table's row pool: `enter` takes a CRowPtr<Row>,
-    // which gives the row back to the pool if it is dropped. Rows of a table that
+    // which gives the row back to the pool if it is dropped; the texts read may live
+    // in the table's text arena. Rows of a table that
     // loads this way must leave it only through Remove (or the table's end).
     template <class Row, class Enter>
     std::size_t LoadPooledRows(Enter&& enter);
@@ -270,6 +271,9 @@ CRowPtr<Row> CEnhTableBase::NewPooledRow() {
 template <class Row, class Enter>
 std::size_t CEnhTableBase::LoadPooledRows(Enter&& enter) {
     CIteratorBase stored(m_pTable);
+    // Pooled rows leave only through Remove or the table's end, and the arena
+    // outlives them both: their texts need no heap block each.
+    stored.StoreTextsIn(&TextArena());
     std::size_t read = 0;
     for (;; ++read) {
         CRowPtr<Row> row = NewPooledRow<Row>();

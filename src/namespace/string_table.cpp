@@ -28,11 +28,11 @@ void CEnhStringTable<Row>::Init(unsigned int bucketCount) {
     m_byIdSlots.Reserve(StoredRowFigure() + 1);  // ids 1 to the stored row count
     m_byIdPending = m_byTextPending = m_byTextNoCasePending = true;
     // A string's text never changes while the model is open: the texts of loaded
-    // rows move to the table's text arena (the heap block the read filled is the
-    // one the next read gets back).
+    // rows live in the table's text arena (a store that read one into a heap block
+    // gets that block back for the next read).
     CStringArena& texts = TextArena();
     const std::size_t read = LoadPooledRows<Row>([this, &texts](CRowPtr<Row> row) {
-        row->Text = texts.Store(row->GetText());
+        if (!row->Text.GetValue().IsInArena()) row->Text = texts.Store(row->GetText());
         OnLoaded(*Enter(std::move(row)));
     });
     SizeMaps(static_cast<ULONG>(read));

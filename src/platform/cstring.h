@@ -50,6 +50,8 @@ class CString {
 
     int GetLength() const noexcept { return m_rep ? m_rep->length : 0; }
     bool IsEmpty() const noexcept { return GetLength() == 0; }
+    // Whether the text is read from a CStringArena.
+    bool IsInArena() const noexcept { return m_rep && m_rep->capacity == kInArena; }
     // Releases the storage: an emptied string owns no memory.
     void Empty() noexcept;
 

@@ -35,31 +35,19 @@ void* MapHugeBlock(std::size_t bytes) noexcept {
     return reinterpret_cast<void*>(aligned);
 }
 
-// Faults every page of `bytes` at `at` in without changing what they hold; false
-// where the system cannot.
-bool Populate(void* at, std::size_t bytes) noexcept {
-#if defined(MADV_POPULATE_WRITE)
-    return ::madvise(at, bytes, MADV_POPULATE_WRITE) == 0;
-#else
-    (void)at;
-    (void)bytes;
-    return false;
-#endif
-}
-
-// Faults every page of a fresh block in (nobody else holds it yet, so where the
-// system cannot populate, writing zeros does).
+// Faults every page of a fresh block in. Writing zeros keeps the block as a fresh
+// mapping reads, where the system cannot populate it without writing.
 void Prefault(void* block) noexcept {
-    if (Populate(block, kHugeBlockBytes)) return;
+#if defined(MADV_POPULATE_WRITE)
+    if (::madvise(block, kHugeBlockBytes, MADV_POPULATE_WRITE) == 0) return;
+#endif
     const std::size_t page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
     auto* bytes = static_cast<volatile char*>(block);
     for (std::size_t at = 0; at < kHugeBlockBytes; at += page)
         bytes[at] = 0;
 }
 
-// While any warmer lives, one helper thread keeps blocks faulted in ahead, and
-// faults in the arrays that are about to be filled (id slots), a huge page at a
-// time from their start.
+// While any warmer lives, one helper thread keeps blocks faulted in ahead.
 class CWarmStock {
   public:
     static CWarmStock& Get() {
@@ -72,30 +60,8 @@ class CWarmStock {
         if (m_ready.empty()) return nullptr;
         void* block = m_ready.back();
         m_ready.pop_back();
-        m_changed.notify_one();
+        if (m_sleepers > 0) m_changed.notify_all();
         return block;
-    }
-
-    // `array` (whole huge blocks) is about to be filled from its start.
-    void WarmSoon(void* array, std::size_t bytes) {
-        std::lock_guard lock(m_mutex);
-        if (m_warmers == 0) return;
-        try {
-            m_arrays.push_back({static_cast<char*>(array), bytes, static_cast<char*>(array)});
-        } catch (...) {
-            return;  // the array faults its own pages
-        }
-        m_changed.notify_one();
-    }
-
-    // `array` goes back: none of it is faulted in any more.
-    void Forget(void* array) noexcept {
-        std::lock_guard lock(m_mutex);
-        for (auto it = m_arrays.begin(); it != m_arrays.end(); ++it)
-            if (it->begin == array) {
-                m_arrays.erase(it);
-                return;
-            }
     }
 
     void Start(int ahead) {
@@ -116,7 +82,6 @@ class CWarmStock {
         {
             std::lock_guard lock(m_mutex);
             if (--m_warmers > 0) return;
-            m_arrays.clear();
             m_changed.notify_all();
             thread.swap(m_thread);
         }
@@ -131,14 +96,7 @@ class CWarmStock {
     }
 
   private:
-    struct SArray {
-        char* begin;
-        std::size_t bytes;
-        char* next;  // the first huge page not faulted in yet
-    };
-
-    // Runs until the last warmer goes or a newer thread takes over. The stock comes
-    // first (a pool that finds it empty faults a block itself), then the arrays.
+    // Runs until the last warmer goes or a newer thread takes over.
     void Fill(unsigned generation) {
         std::unique_lock lock(m_mutex);
         while (m_warmers > 0 && m_generation == generation) {
@@ -149,28 +107,20 @@ class CWarmStock {
                 lock.lock();
                 if (!block) return;
                 m_ready.push_back(block);
-            } else if (!m_arrays.empty()) {
-                // Populating leaves the contents alone, so a page the owner has
-                // written meanwhile, or that it has given back, comes to no harm.
-                SArray& array = m_arrays.front();
-                char* page = array.next;
-                array.next += kHugeBlockBytes;
-                if (array.next >= array.begin + array.bytes) m_arrays.erase(m_arrays.begin());
-                lock.unlock();
-                Populate(page, kHugeBlockBytes);
-                lock.lock();
             } else {
+                ++m_sleepers;
                 m_changed.wait(lock);
+                --m_sleepers;
             }
         }
     }
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::vector<void*> m_ready;    // mapped, faulted in, untouched since
-    std::vector<SArray> m_arrays;  // to be faulted in, oldest first
+    std::vector<void*> m_ready;  // mapped, faulted in, untouched since
     std::thread m_thread;
     std::size_t m_ahead = 1;
+    int m_sleepers = 0;  // filling threads waiting to be told of a change
     int m_warmers = 0;
     unsigned m_generation = 0;
 };
@@ -197,20 +147,12 @@ CHugeBlockWarmer::~CHugeBlockWarmer() {
 
 namespace {
 constexpr bool kHaveHugeBlocks = true;
-void WarmSoon(void* array, std::size_t bytes) {
-    CWarmStock::Get().WarmSoon(array, bytes);
-}
-void ForgetWarm(void* array) noexcept {
-    CWarmStock::Get().Forget(array);
-}
 }  // namespace
 
 #else
 
 namespace {
 constexpr bool kHaveHugeBlocks = false;
-void WarmSoon(void*, std::size_t) {}
-void ForgetWarm(void*) noexcept {}
 }  // namespace
 
 void* AllocateHugeBlock(std::size_t) noexcept {
@@ -236,8 +178,6 @@ void* AllocateArray(std::size_t bytes, bool zeroed) {
     if (const std::size_t huge = HugeArrayBytes(bytes)) {
         void* block = AllocateHugeBlock(huge);  // fresh mappings read as zeros
         if (!block) throw std::bad_alloc();
-        // An array taken without zeroing is about to be filled.
-        if (!zeroed) WarmSoon(block, huge);
         return block;
     }
     // calloc: a large zeroed array comes as fresh pages, untouched until used (an
@@ -249,7 +189,6 @@ void* AllocateArray(std::size_t bytes, bool zeroed) {
 
 void FreeArray(void* array, std::size_t bytes) noexcept {
     if (const std::size_t huge = HugeArrayBytes(bytes)) {
-        ForgetWarm(array);
         FreeHugeBlock(array, huge);
     } else {
         std::free(array);

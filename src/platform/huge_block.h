@@ -19,10 +19,9 @@ void FreeHugeBlock(void* block, std::size_t bytes) noexcept;
 
 // Storage for an array of `bytes`: from huge blocks (rounded up to whole ones) at
 // kHugeBlockBytes and over where the system has them, else from the heap. Zeroed
-// when `zeroed` is set: such an array may stay untouched for long (an index sized
-// but not yet filed). One taken without zeroing is about to be filled, so while a
-// CHugeBlockWarmer lives its pages are faulted in on the warmer's thread, from the
-// start. Throws std::bad_alloc. Give it back with FreeArray and the same `bytes`.
+// when `zeroed` is set (a large zeroed array stays untouched, and costs no memory,
+// until used). Throws std::bad_alloc. Give it back with FreeArray and the same
+// `bytes`.
 void* AllocateArray(std::size_t bytes, bool zeroed);
 void FreeArray(void* array, std::size_t bytes) noexcept;
 

@@ -19,6 +19,8 @@ class CIteratorBase {
     // Copies the next row into `row` and returns non-zero, or returns 0 when no row
     // is left (or the store failed; the file's GetLastError() then says why).
     int GetNext(CDbObjectBase* row);
+    // Texts of the rows read from now on may live in `texts` (CZmfCursor).
+    void StoreTextsIn(CStringArena* texts);
 
   private:
     CTableBase* m_table;  // not owned; the file owns it

@@ -1,5 +1,7 @@
 #include "zmflib/sqlite_file.h"
 
+#include "platform/cstring.h"
+
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -87,7 +89,8 @@ constexpr const char* kInvalidDateText = "invalid";
 // Reads the columns of the current result row of a statement into a row object.
 class CStatementSource final : public IZmfColumnSource {
   public:
-    CStatementSource(sqlite3_stmt* stmt, int firstColumn) : m_stmt(stmt), m_first(firstColumn) {}
+    CStatementSource(sqlite3_stmt* stmt, int firstColumn, CStringArena* texts = nullptr)
+        : m_stmt(stmt), m_first(firstColumn), m_texts(texts) {}
 
     DWORD U32(int index) override {
         return static_cast<DWORD>(sqlite3_column_int64(m_stmt, m_first + index));
@@ -98,8 +101,12 @@ class CStatementSource final : public IZmfColumnSource {
     void String(int index, CZmfString& out) override {
         const int col = m_first + index;
         const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_stmt, col));
-        out = std::string_view(text ? text : "",
-                               static_cast<size_t>(sqlite3_column_bytes(m_stmt, col)));
+        const std::string_view view(text ? text : "",
+                                    static_cast<size_t>(sqlite3_column_bytes(m_stmt, col)));
+        if (m_texts)
+            out = m_texts->Store(view);
+        else
+            out = view;
     }
     COleDateTime Date(int index) override {
         const int col = m_first + index;
@@ -119,8 +126,9 @@ class CStatementSource final : public IZmfColumnSource {
     }
 
   private:
-    sqlite3_stmt* m_stmt;  // not owned
-    int m_first;           // result column of the key
+    sqlite3_stmt* m_stmt;   // not owned
+    int m_first;            // result column of the key
+    CStringArena* m_texts;  // not owned; null: texts go to heap blocks
 };
 
 // Binds the columns of a row to consecutive parameters of a statement, starting
@@ -462,7 +470,7 @@ class CSqliteCursor final : public CZmfCursor {
         if (!m_stmt) return 0;
         const int rc = sqlite3_step(m_stmt.get());
         if (rc == SQLITE_ROW) {
-            CStatementSource source(m_stmt.get(), 0);
+            CStatementSource source(m_stmt.get(), 0, m_texts);
             m_desc.writeRow(*row, source);
             return 1;
         }

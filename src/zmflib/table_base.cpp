@@ -72,6 +72,10 @@ CIteratorBase::CIteratorBase(CTableBase* table) : m_table(table) {
 
 CIteratorBase::~CIteratorBase() = default;
 
+void CIteratorBase::StoreTextsIn(CStringArena* texts) {
+    if (m_cursor) m_cursor->StoreTextsIn(texts);
+}
+
 int CIteratorBase::GetNext(CDbObjectBase* row) {
     if (!m_cursor || !row || !m_cursor->Next(row)) return 0;
     m_table->GetFile()->CountRow();

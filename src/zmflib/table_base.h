@@ -8,6 +8,7 @@
 #include "zmflib/catalogue.h"
 
 class CDbObjectBase;
+class CStringArena;
 class CZmfFile;
 
 // A forward read position over a table's stored rows (used by the iterators).
@@ -16,6 +17,13 @@ class CZmfCursor {
     virtual ~CZmfCursor() = default;
     // Copies the next row into `row`: 1, or 0 at the end or on a store failure.
     virtual int Next(CDbObjectBase* row) = 0;
+    // From now on the texts of the rows read may be stored in `texts` (which must
+    // outlive those rows) rather than each in a heap block of its own. A store
+    // that reads texts in place takes the hint; others may ignore it.
+    void StoreTextsIn(CStringArena* texts) { m_texts = texts; }
+
+  protected:
+    CStringArena* m_texts = nullptr;  // not owned
 };
 
 // One stored table. The file owns its table objects; a handle stays valid until the

@@ -16,10 +16,8 @@ bool AllBytesAre(const unsigned char* bytes, std::size_t count, unsigned char va
     return true;
 }
 
-// Blocks from the warmed stock and arrays faulted in behind their owner's back
-// must read exactly as fresh memory and keep what the owner writes, with warmers
-// nested and on two threads at once; an array given back while still queued must
-// do no harm.
+// Blocks from the warmed stock and large arrays must read exactly as fresh memory
+// and keep what the owner writes, with warmers nested and on two threads at once.
 TEST(HugeBlock, WarmedBlocksAndArraysReadAsFreshMemory) {
     auto work = [](unsigned char stamp) {
         const tessmeta::CHugeBlockWarmer outer;
