@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <new>
+#include <utility>
 
 namespace tessmeta {
 
@@ -25,18 +26,30 @@ void FreeHugeBlock(void* block, std::size_t bytes) noexcept;
 void* AllocateArray(std::size_t bytes, bool zeroed);
 void FreeArray(void* array, std::size_t bytes) noexcept;
 
-// An allocator for containers that grow large (id slots): their arrays then cost a
-// page fault per two megabytes rather than per 4 KiB.
+// An allocator for vectors of trivial elements that grow large (id slots): their
+// arrays come from AllocateArray, zeroed, and a new element is left as the zeroed
+// storage holds it rather than written again. On huge pages the zeros cost nothing
+// until touched, where value-initialising them would touch every page twice.
+// Only for a vector that never shrinks while it holds storage (empty it by
+// swapping with an empty one): an element that comes back after a shrink would
+// keep its old value.
 template <class T>
-struct CHugeArrayAllocator {
+struct CZeroedArrayAllocator {
     using value_type = T;
-    CHugeArrayAllocator() = default;
+    CZeroedArrayAllocator() = default;
     template <class U>
-    CHugeArrayAllocator(const CHugeArrayAllocator<U>&) noexcept {}
-    T* allocate(std::size_t n) { return static_cast<T*>(AllocateArray(n * sizeof(T), false)); }
+    CZeroedArrayAllocator(const CZeroedArrayAllocator<U>&) noexcept {}
+    T* allocate(std::size_t n) { return static_cast<T*>(AllocateArray(n * sizeof(T), true)); }
     void deallocate(T* p, std::size_t n) noexcept { FreeArray(p, n * sizeof(T)); }
+    template <class U, class... Args>
+    void construct(U* p, Args&&... args) {
+        if constexpr (sizeof...(Args) == 0)
+            ::new (static_cast<void*>(p)) U;  // the storage's zeros stand
+        else
+            ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...);
+    }
     template <class U>
-    bool operator==(const CHugeArrayAllocator<U>&) const noexcept {
+    bool operator==(const CZeroedArrayAllocator<U>&) const noexcept {
         return true;
     }
 };

@@ -84,8 +84,7 @@ class CIdSlots {
     void Reserve(std::size_t count) { m_slots.reserve(count); }
 
     void Clear() {
-        m_slots.clear();
-        m_slots.shrink_to_fit();
+        decltype(m_slots)().swap(m_slots);  // frees the storage (the allocator's rule)
         m_beyond = false;
     }
 
@@ -95,6 +94,7 @@ class CIdSlots {
   private:
     static constexpr std::size_t kFirstSlots = 4096;
 
-    std::vector<Row*, tessmeta::CHugeArrayAllocator<Row*>> m_slots;
+    // Grows only (Set), or is emptied by Clear.
+    std::vector<Row*, tessmeta::CZeroedArrayAllocator<Row*>> m_slots;
     bool m_beyond = false;
 };

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <thread>
 #include <vector>
@@ -30,7 +31,7 @@ TEST(HugeBlock, WarmedBlocksAndArraysReadAsFreshMemory) {
             block[0] = block[kHugeBlockBytes - 1] = stamp;
             tessmeta::FreeHugeBlock(block, kHugeBlockBytes);
 
-            std::vector<unsigned char, tessmeta::CHugeArrayAllocator<unsigned char>> filled(
+            std::vector<unsigned char, tessmeta::CZeroedArrayAllocator<unsigned char>> filled(
                 3 * kHugeBlockBytes + 5, stamp);
             EXPECT_TRUE(AllBytesAre(filled.data(), filled.size(), stamp));
             auto* dropped = tessmeta::AllocateArray(4 * kHugeBlockBytes, false);
@@ -44,6 +45,16 @@ TEST(HugeBlock, WarmedBlocksAndArraysReadAsFreshMemory) {
     std::thread other(work, 0x5A);
     work(0xA5);
     other.join();
+    // Grown in steps, on the heap and then on huge pages: new elements read null.
+    std::vector<int*, tessmeta::CZeroedArrayAllocator<int*>> slots;
+    int anything = 0;
+    for (const std::size_t size : {std::size_t{5}, std::size_t{300}, kHugeBlockBytes / 2}) {
+        const std::size_t before = slots.size();
+        slots.resize(size);
+        for (std::size_t i = before; i < size; ++i)
+            ASSERT_EQ(slots[i], nullptr) << size << " " << i;
+        std::fill(slots.begin(), slots.end(), &anything);
+    }
     void* small = tessmeta::AllocateArray(100, true);
     EXPECT_TRUE(AllBytesAre(static_cast<unsigned char*>(small), 100, 0));
     tessmeta::FreeArray(small, 100);
