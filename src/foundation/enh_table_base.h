@@ -177,17 +177,15 @@ class CEnhTableBase : public CObject {
     };
     SLoadSize LoadSize(unsigned int requested) const;
 
-    // The load loops return the number of records read: after a full read, the
-    // count of the stored rows.
-    //
     // The load loop: reads every stored row into a fresh Row object and passes it to
     // `enter` (which takes ownership), then releases the record-store table.
     template <class Row, class Enter>
     void LoadRows(Enter&& enter);
     // The same with rows from the table's row pool: `enter` takes a CRowPtr<Row>,
     // which gives the row back to the pool if it is dropped; the texts read may live
-    // in the table's text arena. Rows of a table that
-    // loads this way must leave it only through Remove (or the table's end).
+    // in the table's text arena. Rows of a table that loads this way must leave it
+    // only through Remove (or the table's end). Returns the number of records read:
+    // after a full read, the count of the stored rows.
     template <class Row, class Enter>
     std::size_t LoadPooledRows(Enter&& enter);
     // The row count the held record-store table's last save wrote, 0 without one:
@@ -202,7 +200,7 @@ class CEnhTableBase : public CObject {
     // The load loop of tables that turn stored records into rows of another shape:
     // reads every stored row into one reused Record (its text fields keep their
     // storage from row to row) and passes it to `enter` by const reference, then
-    // releases the record-store table.
+    // releases the record-store table. Returns the number of records read.
     template <class Record, class Enter>
     std::size_t LoadRecords(Enter&& enter);
 

@@ -64,8 +64,7 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
     // Both maps are sized from the stored row count, which the read itself gives:
     // no count of the stored rows ahead of it. They are filed on first use, from
     // the rows in list order; lookups of ids the slots cover never need the id map.
-    m_requestedBuckets = hashSize;
-    m_mapsUnsized = true;
+    m_unsizedRequest = hashSize;
     m_idMapPending = true;
     m_byIdSlots.Clear();
     m_byIdSlots.Reserve(StoredRowFigure() + std::size_t{1});
@@ -100,9 +99,9 @@ void CEnhUniqueObjectTable::Init(unsigned int hashSize) {
 }
 
 void CEnhUniqueObjectTable::SizeMaps(ULONG storedRows) const {
-    if (!m_mapsUnsized) return;
-    m_mapsUnsized = false;
-    UINT buckets = m_requestedBuckets;
+    if (!m_unsizedRequest) return;
+    UINT buckets = *m_unsizedRequest;
+    m_unsizedRequest.reset();
     if (buckets == 0) {
         if (m_pByGuid) {
             // Room for the GUID map's uneven chains; an odd count spreads hashes better.
@@ -119,7 +118,7 @@ void CEnhUniqueObjectTable::SizeMaps(ULONG storedRows) const {
 void CEnhUniqueObjectTable::SizeMapsWhileLoading() const {
     // A map filed while the load still reads (an id the slots cannot cover): the
     // stored rows are counted for the size.
-    if (!m_mapsUnsized) return;
+    if (!m_unsizedRequest) return;
     CTableBase* stored = *this;
     SizeMaps(stored ? stored->GetCount() : 0);
 }

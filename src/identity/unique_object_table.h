@@ -31,6 +31,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <optional>
 
 #include "foundation/enh_table.h"
 #include "identity/guid_index.h"
@@ -161,10 +162,10 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
     CIdSlots<CKelUniqueObject> m_byIdSlots;
     std::unique_ptr<GuidMap> m_pByGuid;     // null unless the owner keeps one
     mutable bool m_guidMapPending = false;  // loaded rows not yet filed in it
-    // The load sizes the maps after reading (the records read are the stored row
-    // count), or when a map must be filed while it reads (from a count).
-    mutable bool m_mapsUnsized = false;
-    unsigned int m_requestedBuckets = 0;
+    // The bucket count the load asked for (0: from the stored rows), while the
+    // maps wait for their size: after the read (the records read are the stored
+    // row count), or when a map must be filed while it reads (from a count).
+    mutable std::optional<unsigned int> m_unsizedRequest;
     CKelUniqueObject* m_pCurrent = nullptr;
     CGuidMgr* m_pOwner;  // not owned
     DWORD m_nFileVersion = kDefaultFileVersion;

@@ -175,7 +175,7 @@ class CHashBuckets {
 
     // A zeroed array; a large one from huge pages when the system has them.
     static Node** NewTable(UINT size) {
-        return static_cast<Node**>(tessmeta::AllocateArray(sizeof(Node*) * size, true));
+        return static_cast<Node**>(tessmeta::AllocateArray(sizeof(Node*) * size));
     }
     static void FreeTable(Node** table, UINT size) noexcept {
         tessmeta::FreeArray(table, sizeof(Node*) * size);

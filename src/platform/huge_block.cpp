@@ -174,15 +174,14 @@ std::size_t HugeArrayBytes(std::size_t bytes) {
 
 }  // namespace
 
-void* AllocateArray(std::size_t bytes, bool zeroed) {
+void* AllocateArray(std::size_t bytes) {
     if (const std::size_t huge = HugeArrayBytes(bytes)) {
         void* block = AllocateHugeBlock(huge);  // fresh mappings read as zeros
         if (!block) throw std::bad_alloc();
         return block;
     }
-    // calloc: a large zeroed array comes as fresh pages, untouched until used (an
-    // index sized at a load but filed only on first use costs nothing until then).
-    void* array = zeroed ? std::calloc(bytes ? bytes : 1, 1) : std::malloc(bytes ? bytes : 1);
+    // calloc: a large array comes as fresh pages, untouched until used.
+    void* array = std::calloc(bytes ? bytes : 1, 1);
     if (!array) throw std::bad_alloc();
     return array;
 }

@@ -18,12 +18,12 @@ inline constexpr std::size_t kHugeBlockBytes = std::size_t{2} << 20;
 void* AllocateHugeBlock(std::size_t bytes) noexcept;
 void FreeHugeBlock(void* block, std::size_t bytes) noexcept;
 
-// Storage for an array of `bytes`: from huge blocks (rounded up to whole ones) at
-// kHugeBlockBytes and over where the system has them, else from the heap. Zeroed
-// when `zeroed` is set (a large zeroed array stays untouched, and costs no memory,
-// until used). Throws std::bad_alloc. Give it back with FreeArray and the same
-// `bytes`.
-void* AllocateArray(std::size_t bytes, bool zeroed);
+// Zeroed storage for an array of `bytes`: from huge blocks (rounded up to whole
+// ones) at kHugeBlockBytes and over where the system has them, else from the heap.
+// A large array stays untouched, and costs no memory, until used (an index sized at
+// a load but filed on first use). Throws std::bad_alloc. Give it back with
+// FreeArray and the same `bytes`.
+void* AllocateArray(std::size_t bytes);
 void FreeArray(void* array, std::size_t bytes) noexcept;
 
 // An allocator for vectors of trivial elements that grow large (id slots): their
@@ -39,7 +39,7 @@ struct CZeroedArrayAllocator {
     CZeroedArrayAllocator() = default;
     template <class U>
     CZeroedArrayAllocator(const CZeroedArrayAllocator<U>&) noexcept {}
-    T* allocate(std::size_t n) { return static_cast<T*>(AllocateArray(n * sizeof(T), true)); }
+    T* allocate(std::size_t n) { return static_cast<T*>(AllocateArray(n * sizeof(T))); }
     void deallocate(T* p, std::size_t n) noexcept { FreeArray(p, n * sizeof(T)); }
     template <class U, class... Args>
     void construct(U* p, Args&&... args) {
