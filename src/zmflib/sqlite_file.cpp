@@ -345,7 +345,7 @@ class CSqliteTable final : public CTableBase {
 
     ULONG DoGetCount() override {
         if (!Flush() || !TableExists()) return 0;
-        Stmt stmt(m_file.Prepare("SELECT count(*) FROM " + Quote(GetName()), "cannot count"));
+        Stmt stmt(m_file.PrepareRead("SELECT count(*) FROM " + Quote(GetName()), "cannot count"));
         if (!stmt || sqlite3_step(stmt.get()) != SQLITE_ROW) {
             if (stmt) m_file.SetDbError("cannot count");
             return 0;
@@ -488,9 +488,9 @@ class CSqliteCursor final : public CZmfCursor {
 std::unique_ptr<CZmfCursor> CSqliteTable::DoOpenCursor() {
     sqlite3_stmt* stmt = nullptr;
     if (Flush() && TableExists()) {
-        stmt =
-            m_file.Prepare("SELECT " + m_readList + " FROM " + Quote(GetName()) + " ORDER BY rowid",
-                           "cannot read table");
+        stmt = m_file.PrepareRead(
+            "SELECT " + m_readList + " FROM " + Quote(GetName()) + " ORDER BY rowid",
+            "cannot read table");
     }
     return std::make_unique<CSqliteCursor>(m_file, GetDesc(), stmt);
 }
@@ -501,6 +501,15 @@ std::string ErrorText(sqlite3* db, const char* what) {
 
 void Fail(std::string* error, const std::string& path, const std::string& cause) {
     if (error) *error = path + ": " + cause;
+}
+
+void ConfigureConnection(sqlite3* db) {
+    sqlite3_extended_result_codes(db, 1);
+    // A model file comes from anywhere: no schema edits through SQL, no functions
+    // or virtual tables run from views or triggers stored in the file.
+    sqlite3_db_config(db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(db, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_busy_timeout(db, 5000);
 }
 
 }  // namespace
@@ -520,19 +529,77 @@ std::unique_ptr<CTableBase> CSqliteZmfFile::CreateTable(const SZmfTableDesc& des
     return std::make_unique<CSqliteTable>(this, desc);
 }
 
-sqlite3_stmt* CSqliteZmfFile::Prepare(const std::string& sql, const char* what) {
+namespace {
+
+// A read lane: a read-only connection of its own to the same file.
+class CSqliteReadLane final : public CZmfReadLane {
+  public:
+    CSqliteReadLane(CZmfFile& file, sqlite3* db) : CZmfReadLane(file), m_db(db) {}
+    ~CSqliteReadLane() override { sqlite3_close_v2(m_db); }
+    sqlite3* Db() const { return m_db; }
+
+  private:
+    sqlite3* m_db;  // owned
+};
+
+sqlite3_stmt* PrepareOn(sqlite3* db, const std::string& sql) {
     sqlite3_stmt* stmt = nullptr;
-    if (sqlite3_prepare_v3(m_db, sql.c_str(), static_cast<int>(sql.size()) + 1,
+    if (sqlite3_prepare_v3(db, sql.c_str(), static_cast<int>(sql.size()) + 1,
                            SQLITE_PREPARE_PERSISTENT, &stmt, nullptr) != SQLITE_OK) {
-        SetDbError(what);
         sqlite3_finalize(stmt);
         return nullptr;
     }
     return stmt;
 }
 
+}  // namespace
+
+sqlite3* CSqliteZmfFile::ReadDb() const {
+    const CZmfReadLane* lane = CurrentLane();
+    return lane ? static_cast<const CSqliteReadLane*>(lane)->Db() : m_db;
+}
+
+sqlite3_stmt* CSqliteZmfFile::Prepare(const std::string& sql, const char* what) {
+    sqlite3_stmt* stmt = PrepareOn(m_db, sql);
+    if (!stmt) SetDbError(what);
+    return stmt;
+}
+
+sqlite3_stmt* CSqliteZmfFile::PrepareRead(const std::string& sql, const char* what) {
+    sqlite3_stmt* stmt = PrepareOn(ReadDb(), sql);
+    if (!stmt) SetDbError(what);
+    return stmt;
+}
+
 void CSqliteZmfFile::SetDbError(const char* what) {
-    SetError(ErrorText(m_db, what));
+    SetError(ErrorText(ReadDb(), what));
+}
+
+void CSqliteZmfFile::RememberFileIdentity() {
+    struct stat st;
+    if (::stat(GetPath().c_str(), &st) != 0) return;
+    m_device = static_cast<std::uint64_t>(st.st_dev);
+    m_inode = static_cast<std::uint64_t>(st.st_ino);
+}
+
+bool CSqliteZmfFile::IsStillTheFile() const {
+    struct stat st;
+    return m_inode != 0 && ::stat(GetPath().c_str(), &st) == 0 &&
+           static_cast<std::uint64_t>(st.st_dev) == m_device &&
+           static_cast<std::uint64_t>(st.st_ino) == m_inode;
+}
+
+std::unique_ptr<CZmfReadLane> CSqliteZmfFile::DoOpenReadLane() {
+    sqlite3* db = nullptr;
+    if (sqlite3_open_v2(GetPath().c_str(), &db, kOpenFlags | SQLITE_OPEN_READONLY, nullptr) !=
+            SQLITE_OK ||
+        !IsStillTheFile()) {
+        sqlite3_close_v2(db);
+        return nullptr;
+    }
+    ConfigureConnection(db);
+    sqlite3_exec(db, "PRAGMA cache_size=-2048", nullptr, nullptr, nullptr);
+    return std::make_unique<CSqliteReadLane>(*this, db);
 }
 
 bool CSqliteZmfFile::Exec(const char* sql, const char* what) {
@@ -577,12 +644,7 @@ bool CSqliteZmfFile::AddLackingColumns(const SZmfTableDesc& desc) {
 }
 
 bool CSqliteZmfFile::Configure() {
-    sqlite3_extended_result_codes(m_db, 1);
-    // A model file comes from anywhere: no schema edits through SQL, no functions
-    // or virtual tables run from views or triggers stored in the file.
-    sqlite3_db_config(m_db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-    sqlite3_db_config(m_db, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    sqlite3_busy_timeout(m_db, 5000);
+    ConfigureConnection(m_db);
     // Rollback journal with full syncs: a commit is durable once it returns, and a
     // process killed mid-save leaves a hot journal that the next open rolls back.
     // See docs/decisions.md for the measurements behind these settings.
@@ -819,6 +881,7 @@ std::unique_ptr<CZmfFile> CSqliteZmfFile::CreateFile(const std::string& path, DW
         ::unlink(path.c_str());
         return nullptr;
     }
+    file->RememberFileIdentity();
     return file;
 }
 
@@ -896,6 +959,7 @@ std::unique_ptr<CZmfFile> CSqliteZmfFile::OpenFile(const std::string& path, std:
         if (error) *error = file->GetLastError();
         return nullptr;
     }
+    file->RememberFileIdentity();
     return file;
 }
 

@@ -1,6 +1,7 @@
 // The SQLite backend: a model file is one SQLite database (.zmf).
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -28,6 +29,8 @@ class CSqliteZmfFile final : public CZmfFile {
 
     // Backend internals, used by its tables.
     sqlite3* Db() const { return m_db; }
+    // The connection the calling thread reads through: its read lane's, or Db().
+    sqlite3* ReadDb() const;
     bool TableExists(const char* name) const { return m_existing.count(name) != 0; }
     bool EnsureTableExists(const SZmfTableDesc& desc);
     // Whether the stored table lacks an added column (catalogue.def), which then
@@ -36,7 +39,9 @@ class CSqliteZmfFile final : public CZmfFile {
     bool AddLackingColumns(const SZmfTableDesc& desc);
     // Prepares `sql`; on failure records the error (with `what`) and returns null.
     sqlite3_stmt* Prepare(const std::string& sql, const char* what);
-    // Records the database's current error message, prefixed by `what`.
+    // Prepares a read on ReadDb(): the statement is for the calling thread only.
+    sqlite3_stmt* PrepareRead(const std::string& sql, const char* what);
+    // Records the current error message of ReadDb(), prefixed by `what`.
     void SetDbError(const char* what);
     // Runs `sql`; false (and an error) on failure.
     bool Exec(const char* sql, const char* what);
@@ -48,11 +53,15 @@ class CSqliteZmfFile final : public CZmfFile {
     bool BeginSave() override;
     bool CommitSave() override;
     void AbandonSave() override;
+    std::unique_ptr<CZmfReadLane> DoOpenReadLane() override;
 
   private:
     CSqliteZmfFile(std::string path, DWORD formatVersion, bool readOnly, sqlite3* db);
 
     bool Configure();
+    // Which file the path named when it was opened, to tell it again later.
+    void RememberFileIdentity();
+    bool IsStillTheFile() const;
     void UseSmallCache(bool small);
     bool CreateSchema();
     bool LoadBookkeeping();
@@ -69,4 +78,6 @@ class CSqliteZmfFile final : public CZmfFile {
     std::unordered_map<std::string, std::unordered_set<std::string>> m_lacking;
     // Saves of the file so far, as this connection last read or wrote it; see StartWriting.
     long long m_saveGeneration = 0;
+    std::uint64_t m_device = 0;  // of the file at the path when opened
+    std::uint64_t m_inode = 0;
 };

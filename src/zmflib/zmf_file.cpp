@@ -10,8 +10,58 @@ CZmfFile::CZmfFile(std::string path, DWORD formatVersion, bool readOnly)
 
 CZmfFile::~CZmfFile() = default;
 
+namespace {
+// The lane the thread has entered; not owned.
+thread_local CZmfReadLane* t_enteredLane = nullptr;
+}  // namespace
+
 void CZmfFile::SetError(const std::string& cause) {
-    m_lastError = m_path + ": " + cause;
+    std::string& error = CurrentLane() ? CurrentLane()->m_error : m_lastError;
+    error = m_path + ": " + cause;
+}
+
+CZmfReadLane* CZmfFile::CurrentLane() const {
+    if (m_lanesOpen.load(std::memory_order_relaxed) == 0) return nullptr;
+    CZmfReadLane* lane = t_enteredLane;
+    return lane && &lane->m_file == this ? lane : nullptr;
+}
+
+namespace {
+// Rows a lane counts before it hands them to its file.
+constexpr std::uint64_t kLaneRowStep = 4096;
+}  // namespace
+
+bool CZmfFile::CountOnLane() {
+    CZmfReadLane* lane = CurrentLane();
+    if (!lane) return false;
+    if (++lane->m_rows == kLaneRowStep) {
+        m_laneRows.fetch_add(kLaneRowStep, std::memory_order_relaxed);
+        lane->m_rows = 0;
+    }
+    return true;
+}
+
+std::unique_ptr<CZmfReadLane> CZmfFile::OpenReadLane() {
+    if (m_saving) return nullptr;
+    return DoOpenReadLane();
+}
+
+CZmfReadLane::CZmfReadLane(CZmfFile& file) : m_file(file) {
+    m_file.m_lanesOpen.fetch_add(1);
+}
+
+CZmfReadLane::~CZmfReadLane() {
+    m_file.m_lanesOpen.fetch_sub(1);
+    m_file.CountRows(m_rows + m_file.m_laneRows.exchange(0, std::memory_order_relaxed));
+    if (!m_error.empty()) m_file.m_lastError = m_error;
+}
+
+CZmfReadLane::CEntry::CEntry(CZmfReadLane& lane) {
+    t_enteredLane = &lane;
+}
+
+CZmfReadLane::CEntry::~CEntry() {
+    t_enteredLane = nullptr;
 }
 
 CTableBase* CZmfFile::TableFor(const char* name) {
@@ -20,6 +70,7 @@ CTableBase* CZmfFile::TableFor(const char* name) {
         SetError(std::string("unknown table \"") + (name ? name : "(null)") + "\"");
         return nullptr;
     }
+    const std::lock_guard lock(m_tablesLock);
     auto& slot = m_tables[desc];
     if (!slot) slot = CreateTable(*desc);
     return slot.get();
@@ -46,8 +97,11 @@ CTableBase* CZmfFile::GetEmptyTable(const char* name) {
 int CZmfFile::ReleaseTable(CTableBase** table, int /*flag*/) {
     if (!table || !*table) return 0;
     CTableBase* t = *table;
-    auto it = m_tables.find(&t->GetDesc());
-    if (it == m_tables.end() || it->second.get() != t) return 0;
+    {
+        const std::lock_guard lock(m_tablesLock);
+        auto it = m_tables.find(&t->GetDesc());
+        if (it == m_tables.end() || it->second.get() != t) return 0;
+    }
     *table = nullptr;
     return t->Flush() ? 1 : 0;
 }

@@ -1,15 +1,19 @@
 // A model file: the record store's tables, key allocator and format version.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 
 #include "platform/types.h"
 #include "zmflib/identity_mgr.h"
 #include "zmflib/table_base.h"
+
+class CZmfReadLane;
 
 // One open model file. Three backends exist: SQLite model files on disk (.zmf, the
 // default), models on a PostgreSQL server (named by a "postgresql://" URI, see
@@ -80,6 +84,24 @@ class CZmfFile {
     virtual void BeginBulkRead() {}
     virtual void EndBulkRead() {}
 
+    // Reading on a second thread: a whole-model load may read two disjoint groups of
+    // tables at once. A read lane is a second connection to the same store; a
+    // helper thread that enters it (CZmfReadLane::CEntry) opens its cursors and
+    // counts through it and keeps its errors and row count there, while the
+    // thread that owns the file goes on through the file's own connection. Null
+    // when the backend has one connection only (the in-memory store, a server),
+    // while a save is open, or when the store cannot be reached again (a file
+    // replaced since it was opened).
+    //
+    // While a lane is open both threads only read, and each its own tables:
+    // cursors and counts, no keyed or positional reads, no inserts or saves. The
+    // rows a lane reads count in GetRowsMoved() in steps, as the owning thread
+    // reaches its progress steps, and all of them once the lane closes; the
+    // progress hook is called on the owning thread only. The owning thread closes
+    // the lane (destroys it) once the helper has left it; the lane's error, if any,
+    // then becomes the file's.
+    std::unique_ptr<CZmfReadLane> OpenReadLane();
+
     const std::string& GetPath() const { return m_path; }
     bool IsReadOnly() const { return m_readOnly; }
     const std::string& GetLastError() const { return m_lastError; }
@@ -97,11 +119,8 @@ class CZmfFile {
     std::uint64_t GetRowsMoved() const { return m_rowsMoved; }
     // Counts one row read or inserted (called by tables and iterators).
     void CountRow() {
-        ++m_rowsMoved;
-        if (--m_untilProgress == 0) {
-            m_untilProgress = m_progressEvery;
-            if (m_progress) m_progress(m_rowsMoved);
-        }
+        if (m_lanesOpen.load(std::memory_order_relaxed) != 0 && CountOnLane()) return;
+        CountRows(1);
     }
 
   protected:
@@ -114,6 +133,10 @@ class CZmfFile {
     virtual bool CommitSave() = 0;
     // Abandons an open save (Rollback; also called from the destructor of a backend).
     virtual void AbandonSave() {}
+    // A second connection for a read lane; the default has none.
+    virtual std::unique_ptr<CZmfReadLane> DoOpenReadLane() { return nullptr; }
+    // The lane the calling thread has entered, when it is one of this file's.
+    CZmfReadLane* CurrentLane() const;
 
     // Tables created so far, by descriptor.
     template <class F>
@@ -126,7 +149,22 @@ class CZmfFile {
     void SetSaving(bool saving) { m_saving = saving; }
 
   private:
+    friend class CZmfReadLane;
+
     CTableBase* TableFor(const char* name);
+    bool CountOnLane();
+    void CountRows(std::uint64_t rows) {
+        if (rows < m_untilProgress) {
+            m_rowsMoved += rows;
+            m_untilProgress -= rows;
+            return;
+        }
+        // A progress step: rows the lanes have handed over count from here.
+        rows += m_laneRows.exchange(0, std::memory_order_relaxed);
+        m_rowsMoved += rows;
+        m_untilProgress = m_progressEvery - (rows - m_untilProgress) % m_progressEvery;
+        if (m_progress) m_progress(m_rowsMoved);
+    }
 
     std::string m_path;
     DWORD m_formatVersion;
@@ -135,9 +173,43 @@ class CZmfFile {
     bool m_saving = false;
     CIdentityMgr m_identity;
     std::unordered_map<const SZmfTableDesc*, std::unique_ptr<CTableBase>> m_tables;
+    std::mutex m_tablesLock;  // m_tables, which a read lane's thread may look up
+    std::atomic<int> m_lanesOpen{0};
+    std::atomic<std::uint64_t> m_laneRows{0};  // read by lanes, not yet counted
     std::string m_lastError;
     ProgressHook m_progress;
     std::uint64_t m_progressEvery = 65536;
     std::uint64_t m_untilProgress = 65536;
     std::uint64_t m_rowsMoved = 0;
+};
+
+// A read lane of a file (see CZmfFile::OpenReadLane). Backends derive from it.
+class CZmfReadLane {
+  public:
+    // Call on the file's own thread, after the helper thread has left the lane.
+    virtual ~CZmfReadLane();
+    CZmfReadLane(const CZmfReadLane&) = delete;
+    CZmfReadLane& operator=(const CZmfReadLane&) = delete;
+
+    // Reads of the calling thread go through the lane while an entry lives. A
+    // thread enters one lane at a time.
+    class CEntry {
+      public:
+        explicit CEntry(CZmfReadLane& lane);
+        ~CEntry();
+        CEntry(const CEntry&) = delete;
+        CEntry& operator=(const CEntry&) = delete;
+    };
+
+    CZmfFile& GetFile() const { return m_file; }
+
+  protected:
+    explicit CZmfReadLane(CZmfFile& file);
+
+  private:
+    friend class CZmfFile;
+
+    CZmfFile& m_file;  // not owned; outlives the lane
+    std::uint64_t m_rows = 0;
+    std::string m_error;  // the last failure of the lane's reads, as the file words it
 };

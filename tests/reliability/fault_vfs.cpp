@@ -2,17 +2,19 @@
 
 #include <sqlite3.h>
 
+#include <atomic>
 #include <cstring>
 
 namespace tessmeta::test {
 namespace {
 
+// Set while disarmed; counted from the threads a load reads on.
 struct SState {
     sqlite3_vfs* real = nullptr;
     EFault kind = EFault::Read;
     int armedAt = 0;  // 0: disarmed
-    int calls = 0;
-    bool fired = false;
+    std::atomic<int> calls{0};
+    std::atomic<bool> fired{false};
 } g_state;
 
 // Counts a call of `kind`; true when it must fail.
@@ -94,7 +96,7 @@ sqlite3_vfs g_vfs;
 }  // namespace
 
 CFaultVfs::CFaultVfs() {
-    g_state = SState{};
+    Arm(EFault::Read, 0);
     g_state.real = sqlite3_vfs_find(nullptr);
     g_vfs = *g_state.real;
     g_vfs.zName = "tessmeta-fault";

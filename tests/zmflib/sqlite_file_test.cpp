@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/command_run.h"
@@ -113,6 +114,59 @@ TEST(SqliteFile, BadReadOnlyTruncatedAndDamagedFilesGiveErrorsNamingTheFileAndCa
     } else {
         EXPECT_NE(error.find(corrupted + ": "), std::string::npos);
     }
+}
+
+// A helper thread reads through a read lane while the file's own thread reads:
+// each reads its table whole, and the lane's rows and error reach the file when it
+// closes. No lane is given where it could not read what the file reads.
+TEST(SqliteFile, ReadLanesReadBesideTheFileAndHandBackRowsAndErrors) {
+    TempDir dir;
+    const std::string path = dir.File("lane.zmf");
+    {
+        auto file = CZmfFile::Create(path);
+        SaveObjects(*file, 50, 0);
+        CTableBase* tables = file->GetEmptyTable("MetaTable");
+        for (ULONG k = 1; k <= 30; ++k) {
+            CMetaTableBase row(k);
+            tables->Insert(&row);
+        }
+        ASSERT_TRUE(file->Commit());
+    }
+    auto file = CZmfFile::Open(path);
+    std::vector<std::uint64_t> calls;
+    file->SetProgressHook([&](std::uint64_t rows) { calls.push_back(rows); }, 40);
+    auto lane = file->OpenReadLane();
+    ASSERT_TRUE(lane);
+    int laneRows = 0, ownRows = 0;
+    std::thread helper([&] {
+        const CZmfReadLane::CEntry entry(*lane);
+        CUniqueObjectIterator it(file->GetTable("UniqueObject"));
+        for (CUniqueObjectBase row; it.GetNext(&row);)
+            ++laneRows;
+        file->GetTable("NoSuchTable");
+    });
+    CMetaTableIterator it(file->GetTable("MetaTable"));
+    for (CMetaTableBase row; it.GetNext(&row);)
+        ++ownRows;
+    helper.join();
+    EXPECT_EQ(laneRows, 50);
+    EXPECT_EQ(ownRows, 30);
+    EXPECT_EQ(file->GetRowsMoved(), 30u);
+    EXPECT_FALSE(file->HasError());
+    lane.reset();
+    EXPECT_EQ(file->GetRowsMoved(), 80u);
+    EXPECT_EQ(calls, (std::vector<std::uint64_t>{80}));
+    EXPECT_NE(file->GetLastError().find(path + ": unknown table \"NoSuchTable\""),
+              std::string::npos);
+
+    EXPECT_FALSE(CZmfFile::OpenMemory()->OpenReadLane());
+    ASSERT_TRUE(file->GetEmptyTable("MetaTable"));
+    EXPECT_FALSE(file->OpenReadLane());  // a save is open
+    file->Rollback();
+    EXPECT_TRUE(file->OpenReadLane());
+    std::filesystem::rename(path, dir.File("moved.zmf"));
+    std::filesystem::copy_file(dir.File("moved.zmf"), path);
+    EXPECT_FALSE(file->OpenReadLane());  // the path names another file now
 }
 
 }  // namespace
