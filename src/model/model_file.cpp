@@ -1,5 +1,10 @@
 #include "model/model_file.h"
 
+#include <exception>
+#include <optional>
+#include <system_error>
+#include <thread>
+
 #include "platform/huge_block.h"
 
 #include "zmflib/rows.h"
@@ -77,19 +82,77 @@ std::unique_ptr<CModelFile> CModelFile::Load(std::unique_ptr<CZmfFile> file,
                                              const SModelLoadOptions& options) {
     std::unique_ptr<CModelFile> model(new CModelFile(std::move(file)));
     model->GetFile().BeginBulkRead();
-    // The load's fresh memory is faulted in on a second core while this one reads.
-    const tessmeta::CHugeBlockWarmer warmer;
-    model->LoadManagers(options);
+    std::unique_ptr<CZmfReadLane> lane;
+    if (options.parallelRead && std::thread::hardware_concurrency() > 1)
+        lane = model->GetFile().OpenReadLane();
+    // Loading on one thread, the load's fresh memory is faulted in on a second core
+    // meanwhile; loading on two, both cores load (the faulting helper would only
+    // take turns with them).
+    std::optional<tessmeta::CHugeBlockWarmer> warmer;
+    if (!lane) warmer.emplace();
+    model->LoadManagers(options, std::move(lane));
     model->GetFile().EndBulkRead();
     return model;
 }
 
-void CModelFile::LoadManagers(const SModelLoadOptions& options) {
+namespace {
+
+// Runs `here` on this thread and, meanwhile, `aside` on a helper thread that reads
+// through `lane`. Without a lane or a thread both run here, `here` first. A
+// failure of either is rethrown once both have ended.
+template <class Here, class Aside>
+void RunSideBySide(std::unique_ptr<CZmfReadLane> lane, Here&& here, Aside&& aside) {
+    std::exception_ptr asideFailure;
+    std::thread helper;
+    if (lane) {
+        try {
+            helper = std::thread([&] {
+                try {
+                    const CZmfReadLane::CEntry entry(*lane);
+                    aside();
+                } catch (...) {
+                    asideFailure = std::current_exception();
+                }
+            });
+        } catch (const std::system_error&) {
+            lane.reset();  // no thread to be had: read in turn
+        }
+    }
+    if (!helper.joinable()) {
+        here();
+        aside();
+        return;
+    }
+    try {
+        here();
+    } catch (...) {
+        helper.join();
+        throw;
+    }
+    helper.join();
+    lane.reset();  // the lane's rows and error become the file's
+    if (asideFailure) std::rethrow_exception(asideFailure);
+}
+
+}  // namespace
+
+void CModelFile::LoadManagers(const SModelLoadOptions& options,
+                              std::unique_ptr<CZmfReadLane> lane) {
     m_guids = std::make_unique<CGuidMgr>(m_file.get(), options.keepGuidMap);
-    m_guids->Init(options.objectBuckets, m_loadedVersion);
     m_names = std::make_unique<CNameSpaceMgr>(m_file.get());
-    m_names->Init(options.usageBuckets, options.stringBuckets, options.stringsOnly,
-                  options.buildRoleIndex, options.deferUsageLoad);
+    // The name space, the largest part of a model, needs nothing of the rest and
+    // none of the rest reads its tables; the metadata needs the object identity
+    // only.
+    RunSideBySide(
+        std::move(lane),
+        [&] {
+            m_guids->Init(options.objectBuckets, m_loadedVersion);
+            LoadMetadataManagers();
+        },
+        [&] {
+            m_names->Init(options.usageBuckets, options.stringBuckets, options.stringsOnly,
+                          options.buildRoleIndex, options.deferUsageLoad);
+        });
     m_refs = std::make_unique<CRefObjectMgr>(m_names.get(), m_guids.get(), m_file.get());
     m_refs->Init();
     m_dictionary = std::make_unique<CDictObjectMgr>(m_names.get(), m_guids.get(), m_file.get(),
@@ -106,7 +169,8 @@ void CModelFile::LoadManagers(const SModelLoadOptions& options) {
     m_delayedCheckouts->Init(0);
     m_guids->SetRepoTableMgr(m_repository.get());
     m_guids->SetEnhDelayedCheckOutTable(m_delayedCheckouts.get());
-    LoadMetadataManagers();
+    m_schema = std::make_unique<CSchemaObjectMgr>(m_names.get(), m_guids.get(), m_file.get());
+    m_schema->Init(0);
 }
 
 void CModelFile::LoadMetadataManagers() {
@@ -120,8 +184,6 @@ void CModelFile::LoadMetadataManagers() {
     m_properties->Init(0);
     m_overrides = std::make_unique<CObjectPropOverrideMgr>(file, m_guids.get());
     m_overrides->Init(0);
-    m_schema = std::make_unique<CSchemaObjectMgr>(m_names.get(), m_guids.get(), file);
-    m_schema->Init(0);
 }
 
 void CModelFile::InitNewModel() {

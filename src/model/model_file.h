@@ -39,6 +39,10 @@ struct SModelLoadOptions {
     int stringsOnly = 0;             // name space: strings only, no usages
     int buildRoleIndex = 0;          // name space: index usages by role
     int deferUsageLoad = 0;          // name space: load usages on first use
+    // Load the name space on a second thread, through a second connection, while
+    // the object identity loads (where the store and the machine allow; the
+    // result is the same either way).
+    int parallelRead = 1;
 };
 
 struct SModelSaveOptions {
@@ -106,7 +110,8 @@ class CModelFile {
 
   private:
     explicit CModelFile(std::unique_ptr<CZmfFile> file);
-    void LoadManagers(const SModelLoadOptions& options);
+    // With a read lane, part of the load reads through it on a helper thread.
+    void LoadManagers(const SModelLoadOptions& options, std::unique_ptr<CZmfReadLane> lane);
     // What a model made from nothing gets beyond its loaded tables.
     void InitNewModel();
     void LoadMetadataManagers();

@@ -8,6 +8,7 @@
 #include "identity/identity_test_util.h"
 #include "model/model_check.h"
 #include "model/model_generator.h"
+#include "support/store_checks.h"
 #include "support/test_support.h"
 
 using tessmeta::CModelFile;
@@ -85,6 +86,27 @@ TEST(ModelFile, GeneratedModelsAreSoundAndRepeatable) {
     EXPECT_EQ(first->GetGuidMgr().GetModelDomainId(), 2u);  // after the dictionary's
     ASSERT_TRUE(first->Save());
     EXPECT_EQ(tessmeta::CheckModelFile(first->GetFile()).ErrorCount(), 0u);
+}
+
+// The name space loaded on a second thread: the model saves as the same file and
+// counts the same rows as one loaded on one thread.
+TEST(ModelFile, LoadsTheSameOnOneThreadAndOnTwo) {
+    TempDir dir;
+    std::string error;
+    {
+        auto model = CModelFile::Create(dir.File("m.zmf"), &error);
+        ASSERT_TRUE(model) << error;
+        tessmeta::GenerateModel(*model, {400, 3, true});
+        ASSERT_TRUE(model->Save());
+    }
+    tessmeta::SModelLoadOptions oneThread;
+    oneThread.parallelRead = 0;
+    auto two = CModelFile::Open(dir.File("m.zmf"), &error);
+    auto one = CModelFile::Open(dir.File("m.zmf"), &error, oneThread);
+    ASSERT_TRUE(two && one) << error;
+    EXPECT_EQ(two->GetFile().GetRowsMoved(), one->GetFile().GetRowsMoved());
+    ASSERT_TRUE(two->SaveAs(dir.File("two.zmf")) && one->SaveAs(dir.File("one.zmf")));
+    EXPECT_EQ(tessmeta::test::StoreDifference(two->GetFile(), one->GetFile()), "");
 }
 
 }  // namespace
