@@ -82,8 +82,9 @@ std::unique_ptr<CModelFile> CModelFile::Load(std::unique_ptr<CZmfFile> file,
                                              const SModelLoadOptions& options) {
     std::unique_ptr<CModelFile> model(new CModelFile(std::move(file)));
     model->GetFile().BeginBulkRead();
+    // Usages read on after the load keep their cursor: it must be the file's own.
     std::unique_ptr<CZmfReadLane> lane;
-    if (options.parallelRead && std::thread::hardware_concurrency() > 1)
+    if (options.parallelRead && !options.deferUsageLoad && std::thread::hardware_concurrency() > 1)
         lane = model->GetFile().OpenReadLane();
     // Loading on one thread, the load's fresh memory is faulted in on a second core
     // meanwhile; loading on two, both cores load (the faulting helper would only

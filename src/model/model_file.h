@@ -40,8 +40,8 @@ struct SModelLoadOptions {
     int buildRoleIndex = 0;          // name space: index usages by role
     int deferUsageLoad = 0;          // name space: load usages on first use
     // Load the name space on a second thread, through a second connection, while
-    // the object identity loads (where the store and the machine allow; the
-    // result is the same either way).
+    // the object identity loads (where the store and the machine allow, and not
+    // with deferUsageLoad; the result is the same either way).
     int parallelRead = 1;
 };
 

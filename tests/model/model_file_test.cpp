@@ -101,12 +101,17 @@ TEST(ModelFile, LoadsTheSameOnOneThreadAndOnTwo) {
     }
     tessmeta::SModelLoadOptions oneThread;
     oneThread.parallelRead = 0;
+    tessmeta::SModelLoadOptions deferred;  // its usages read on after the load
+    deferred.deferUsageLoad = 1;
     auto two = CModelFile::Open(dir.File("m.zmf"), &error);
     auto one = CModelFile::Open(dir.File("m.zmf"), &error, oneThread);
-    ASSERT_TRUE(two && one) << error;
+    auto later = CModelFile::Open(dir.File("m.zmf"), &error, deferred);
+    ASSERT_TRUE(two && one && later) << error;
     EXPECT_EQ(two->GetFile().GetRowsMoved(), one->GetFile().GetRowsMoved());
-    ASSERT_TRUE(two->SaveAs(dir.File("two.zmf")) && one->SaveAs(dir.File("one.zmf")));
+    ASSERT_TRUE(two->SaveAs(dir.File("two.zmf")) && one->SaveAs(dir.File("one.zmf")) &&
+                later->SaveAs(dir.File("later.zmf")));
     EXPECT_EQ(tessmeta::test::StoreDifference(two->GetFile(), one->GetFile()), "");
+    EXPECT_EQ(tessmeta::test::StoreDifference(later->GetFile(), one->GetFile()), "");
 }
 
 }  // namespace
