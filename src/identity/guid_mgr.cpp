@@ -67,7 +67,7 @@ int CGuidMgr::GetNewUniqueId(int typeId, ULONG modelId, ULONG plexId1, ULONG ple
 
 int CGuidMgr::NewObject(int typeId, ULONG modelId, ULONG plexId1, ULONG plexId2,
                         bool stampCreation) {
-    auto row = std::make_unique<CKelUniqueObject>();
+    CRowPtr<CKelUniqueObject> row = m_pUniqueObjects->NewRow();
     row->Unique_Object_ID = static_cast<ULONG>(m_pUniqueObjects->GetNextKey());
     row->Object_Type_ID = typeId;
     row->Model_ID = modelId;

@@ -114,6 +114,9 @@ class CEnhUniqueObjectTable : public CEnhTableBase {
         return id;
     }
 
+    // A new, empty row from the table's row pool, for Add (rows of a generated or
+    // edited model are then no heap blocks of their own either).
+    CRowPtr<CKelUniqueObject> NewRow() { return NewPooledRow<CKelUniqueObject>(); }
     // Takes `row` into the list and the maps. Returns its id.
     ULONG Add(CRowPtr<CKelUniqueObject> row);
     // Removes the row mapped under `id` from the maps and the list and destroys it.

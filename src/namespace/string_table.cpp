@@ -160,7 +160,7 @@ CEnhSmallStringTable::CEnhSmallStringTable(CZmfFile* file)
     : CEnhStringTable(file, CSmallStringBase::Desc().name) {}
 
 CKelSmallString* CEnhSmallStringTable::Add(ULONG id, std::string_view text, bool large) {
-    auto row = std::make_unique<CKelSmallString>();
+    CRowPtr<CKelSmallString> row = NewPooledRow<CKelSmallString>();
     row->String_ID = id;
     if (!large) row->Text = text;
     row->Large_Flag = large ? 1 : 0;
@@ -171,7 +171,7 @@ CEnhLargeStringTable::CEnhLargeStringTable(CZmfFile* file)
     : CEnhStringTable(file, CLargeStringBase::Desc().name) {}
 
 CKelLargeString* CEnhLargeStringTable::Add(ULONG id, std::string_view text) {
-    auto row = std::make_unique<CKelLargeString>();
+    CRowPtr<CKelLargeString> row = NewPooledRow<CKelLargeString>();
     row->String_ID = id;
     row->Text = text;
     return Enter(std::move(row));

@@ -84,7 +84,7 @@ void CEnhStringUsageTable::SetUsage(DWORD objectId, DWORD usageTypeId, DWORD str
         if (row->String_ID != stringId) ChangeStringId(row, stringId);
         return;
     }
-    auto row = std::make_unique<CKelStringUsage>();  // key 0: numbered on entry
+    CRowPtr<CKelStringUsage> row = NewPooledRow<CKelStringUsage>();  // key 0: numbered on entry
     row->Object_ID = objectId;
     row->String_Usage_Type_ID = usageTypeId;
     row->String_ID = stringId;
