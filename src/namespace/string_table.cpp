@@ -29,7 +29,7 @@ void CEnhStringTable<Row>::Init(unsigned int bucketCount) {
     m_byIdPending = m_byTextPending = m_byTextNoCasePending = true;
     // A string's text never changes while the model is open: the texts of loaded
     // rows live in the table's text arena (a store that read one into a heap block
-    // gets that block back for the next read).
+    // gets that block back for the next read), and so do those of added rows.
     CStringArena& texts = TextArena();
     const std::size_t read = LoadPooledRows<Row>([this, &texts](CRowPtr<Row> row) {
         if (!row->Text.GetValue().IsInArena()) row->Text = texts.Store(row->GetText());
@@ -162,7 +162,7 @@ CEnhSmallStringTable::CEnhSmallStringTable(CZmfFile* file)
 CKelSmallString* CEnhSmallStringTable::Add(ULONG id, std::string_view text, bool large) {
     CRowPtr<CKelSmallString> row = NewPooledRow<CKelSmallString>();
     row->String_ID = id;
-    if (!large) row->Text = text;
+    if (!large) row->Text = TextArena().Store(text);
     row->Large_Flag = large ? 1 : 0;
     return Enter(std::move(row));
 }
@@ -173,7 +173,7 @@ CEnhLargeStringTable::CEnhLargeStringTable(CZmfFile* file)
 CKelLargeString* CEnhLargeStringTable::Add(ULONG id, std::string_view text) {
     CRowPtr<CKelLargeString> row = NewPooledRow<CKelLargeString>();
     row->String_ID = id;
-    row->Text = text;
+    row->Text = TextArena().Store(text);
     return Enter(std::move(row));
 }
 
