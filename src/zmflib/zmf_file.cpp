@@ -16,8 +16,8 @@ thread_local CZmfReadLane* t_enteredLane = nullptr;
 }  // namespace
 
 void CZmfFile::SetError(const std::string& cause) {
-    std::string& error = CurrentLane() ? CurrentLane()->m_error : m_lastError;
-    error = m_path + ": " + cause;
+    CZmfReadLane* lane = CurrentLane();
+    (lane ? lane->m_error : m_lastError) = m_path + ": " + cause;
 }
 
 CZmfReadLane* CZmfFile::CurrentLane() const {

@@ -201,8 +201,6 @@ class CZmfReadLane {
         CEntry& operator=(const CEntry&) = delete;
     };
 
-    CZmfFile& GetFile() const { return m_file; }
-
   protected:
     explicit CZmfReadLane(CZmfFile& file);
 

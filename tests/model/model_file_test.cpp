@@ -88,8 +88,8 @@ TEST(ModelFile, GeneratedModelsAreSoundAndRepeatable) {
     EXPECT_EQ(tessmeta::CheckModelFile(first->GetFile()).ErrorCount(), 0u);
 }
 
-// The name space loaded on a second thread: the model saves as the same file and
-// counts the same rows as one loaded on one thread.
+// The name space loaded on a second thread: the model saves as the same file as
+// one loaded on one thread, or with its usages read on after the load.
 TEST(ModelFile, LoadsTheSameOnOneThreadAndOnTwo) {
     TempDir dir;
     std::string error;
@@ -107,7 +107,6 @@ TEST(ModelFile, LoadsTheSameOnOneThreadAndOnTwo) {
     auto one = CModelFile::Open(dir.File("m.zmf"), &error, oneThread);
     auto later = CModelFile::Open(dir.File("m.zmf"), &error, deferred);
     ASSERT_TRUE(two && one && later) << error;
-    EXPECT_EQ(two->GetFile().GetRowsMoved(), one->GetFile().GetRowsMoved());
     ASSERT_TRUE(two->SaveAs(dir.File("two.zmf")) && one->SaveAs(dir.File("one.zmf")) &&
                 later->SaveAs(dir.File("later.zmf")));
     EXPECT_EQ(tessmeta::test::StoreDifference(two->GetFile(), one->GetFile()), "");
