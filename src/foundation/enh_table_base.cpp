@@ -34,7 +34,10 @@ CStringArena& CEnhTableBase::TextArena() {
 
 void CEnhTableBase::DestroyRow(CDbObjectBase* row) {
     CRowDeleter deleter;
-    if (m_pRowPool && m_pRowPool->Owns(row)) deleter.pool = m_pRowPool.get();
+    if (m_rowsBesideTexts)
+        deleter = CRowDeleter::ForArenaRows();
+    else if (m_pRowPool && m_pRowPool->Owns(row))
+        deleter.pool = m_pRowPool.get();
     deleter(row);
 }
 

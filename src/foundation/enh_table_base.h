@@ -72,24 +72,31 @@ inline void CheckedInsert(CTableBase* table, const CDbObjectBase* row, int line)
 #define ZMF_CHECKED_INSERT(table, row) ::tessmeta::CheckedInsert((table), (row), __LINE__)
 
 // Destroys a row that is not (or no longer) in a table's row list: a row from the
-// table's row pool goes back to the pool, any other row is deleted. Rows made with
+// table's row pool goes back to the pool, a row in the table's text arena is only
+// destroyed (the arena keeps its bytes), any other row is deleted. Rows made with
 // std::make_unique convert to CRowPtr with a deleter that deletes.
 struct CRowDeleter {
     CNodePool* pool = nullptr;
+    bool inArena = false;
 
     CRowDeleter() = default;
     explicit CRowDeleter(CNodePool* rowPool) : pool(rowPool) {}
     template <class Row>
     CRowDeleter(std::default_delete<Row>) {}
+    static CRowDeleter ForArenaRows() {
+        CRowDeleter deleter;
+        deleter.inArena = true;
+        return deleter;
+    }
 
     template <class Row>
     void operator()(Row* row) const {
-        if (!pool) {
+        if (!pool && !inArena) {
             delete row;
             return;
         }
         row->~Row();
-        pool->Free(row);
+        if (pool) pool->Free(row);
     }
 };
 template <class Row>
@@ -194,9 +201,16 @@ class CEnhTableBase : public CObject {
     // Storage for the texts of loaded rows (cstring.h): kept until the table goes,
     // after every row.
     CStringArena& TextArena();
-    // An empty row in the table's row pool (every row of a table has one type).
+    // An empty row in the table's row pool (every row of a table has one type), or
+    // in its text arena for a table that keeps rows beside their texts.
     template <class Row>
     CRowPtr<Row> NewPooledRow();
+    // From now on every new row goes to the text arena, right before the texts the
+    // row's load or its owner stores next: a row and its text are then read from
+    // one place in memory. The arena keeps a removed row's bytes until the table
+    // goes, as it keeps its texts; for tables whose rows are seldom removed. Every
+    // row of such a table must come from NewPooledRow or LoadPooledRows.
+    void KeepRowsBesideTexts() { m_rowsBesideTexts = true; }
     // The load loop of tables that turn stored records into rows of another shape:
     // reads every stored row into one reused Record (its text fields keep their
     // storage from row to row) and passes it to `enter` by const reference, then
@@ -236,6 +250,7 @@ class CEnhTableBase : public CObject {
     // from a few large blocks and freed with them when the table goes.
     std::unique_ptr<CNodePool> m_pRowPool;
     std::unique_ptr<CStringArena> m_pTextArena;
+    bool m_rowsBesideTexts = false;
 };
 
 template <class Row, class Enter>
@@ -252,6 +267,12 @@ void CEnhTableBase::LoadRows(Enter&& enter) {
 
 template <class Row>
 CRowPtr<Row> CEnhTableBase::NewPooledRow() {
+    if (m_rowsBesideTexts) {
+        // Should the constructor throw, the arena keeps the bytes, as it keeps a
+        // removed row's.
+        void* storage = TextArena().Allocate(sizeof(Row), alignof(Row));
+        return CRowPtr<Row>(::new (storage) Row(), CRowDeleter::ForArenaRows());
+    }
     // The first block holds 64 rows; each further one twice as many (node_pool.h).
     if (!m_pRowPool) {
         m_pRowPool = std::make_unique<CNodePool>(sizeof(Row), 64);

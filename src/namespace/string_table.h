@@ -93,7 +93,11 @@ class CEnhStringTable : public CEnhTableBase {
     const NoCaseMap& GetNoCaseMap() const { return FiledNoCaseMap(); }
 
   protected:
-    CEnhStringTable(CZmfFile* file, const char* tableName) : CEnhTableBase(file, tableName) {}
+    // Strings leave only through a purging save: their rows live beside their
+    // texts, so that a string found by id or by text is one reach of memory.
+    CEnhStringTable(CZmfFile* file, const char* tableName) : CEnhTableBase(file, tableName) {
+        KeepRowsBesideTexts();
+    }
 
     // A filled row enters the list and the three maps. Returns it.
     Row* Enter(CRowPtr<Row> row);

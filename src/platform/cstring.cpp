@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -471,27 +473,41 @@ CStringArena::~CStringArena() {
     }
 }
 
+void CStringArena::Reserve(size_t bytes, size_t align) {
+    const auto at = reinterpret_cast<std::uintptr_t>(m_next);
+    const std::uintptr_t aligned = (at + align - 1) & ~std::uintptr_t{align - 1};
+    if (m_next && aligned + bytes <= reinterpret_cast<std::uintptr_t>(m_end)) {
+        m_next = reinterpret_cast<char*>(aligned);
+        return;
+    }
+    // Blocks are aligned for any type and double up to a huge page, then stay at
+    // that size.
+    constexpr size_t kHeader = (sizeof(Block) + alignof(std::max_align_t) - 1) /
+                               alignof(std::max_align_t) * alignof(std::max_align_t);
+    const size_t size = std::max<size_t>(m_nextBlockBytes, kHeader + bytes);
+    void* memory = size == tessmeta::kHugeBlockBytes ? tessmeta::AllocateHugeBlock(size) : nullptr;
+    const size_t hugeBytes = memory ? size : 0;
+    if (!memory) memory = ::operator new(size);
+    m_blocks = ::new (memory) Block{m_blocks, hugeBytes};
+    m_next = static_cast<char*>(memory) + kHeader;
+    m_end = static_cast<char*>(memory) + size;
+    m_nextBlockBytes = std::min<size_t>(m_nextBlockBytes * 2, tessmeta::kHugeBlockBytes);
+}
+
+void* CStringArena::Allocate(size_t bytes, size_t align) {
+    Reserve(bytes, align);
+    void* storage = m_next;
+    m_next += bytes;
+    return storage;
+}
+
 CString CStringArena::Store(std::string_view text) {
     CString stored;
     if (text.empty()) return stored;
     const int length = CheckedLength(text.size());
     constexpr size_t kAlign = alignof(CString::Rep);
     const size_t bytes = (sizeof(CString::Rep) + text.size() + 1 + kAlign - 1) / kAlign * kAlign;
-    if (static_cast<size_t>(m_end - m_next) < bytes) {
-        constexpr size_t kHeader = (sizeof(Block) + kAlign - 1) / kAlign * kAlign;
-        const size_t size = std::max<size_t>(m_nextBlockBytes, kHeader + bytes);
-        // Blocks double up to a huge page and stay at that size.
-        void* memory =
-            size == tessmeta::kHugeBlockBytes ? tessmeta::AllocateHugeBlock(size) : nullptr;
-        const size_t hugeBytes = memory ? size : 0;
-        if (!memory) memory = ::operator new(size);
-        m_blocks = ::new (memory) Block{m_blocks, hugeBytes};
-        m_next = static_cast<char*>(memory) + kHeader;
-        m_end = static_cast<char*>(memory) + size;
-        m_nextBlockBytes = std::min<size_t>(m_nextBlockBytes * 2, tessmeta::kHugeBlockBytes);
-    }
-    auto* rep = ::new (m_next) CString::Rep{length, CString::kInArena};
-    m_next += bytes;
+    auto* rep = ::new (Allocate(bytes, kAlign)) CString::Rep{length, CString::kInArena};
     std::memcpy(CString::Data(rep), text.data(), text.size());
     CString::Data(rep)[length] = '\0';
     stored.m_rep = rep;

@@ -192,6 +192,10 @@ static_assert(sizeof(CString) == sizeof(void*));
 // reads its copy there. The arena frees everything at once when it goes, so it must
 // outlive every string Store returned (copies of them are ordinary strings, and a
 // changed string has moved to the heap). Stored bytes are never reused.
+//
+// Allocate hands out raw bytes from the same blocks, in the same order: what is
+// allocated just before a text is stored lies right before that text in memory (a
+// row beside its text: one reach of memory finds both).
 class CStringArena {
   public:
     CStringArena() = default;
@@ -200,12 +204,17 @@ class CStringArena {
     ~CStringArena();
 
     CString Store(std::string_view text);
+    // `bytes` of storage aligned to `align` (a power of two up to
+    // alignof(std::max_align_t)), kept until the arena goes. Throws std::bad_alloc.
+    void* Allocate(size_t bytes, size_t align);
 
   private:
     struct Block {
         Block* next;
         size_t hugeBytes;  // a huge block's size (huge_block.h), else 0
     };
+    // Makes room for `bytes` at an alignment of `align` in the newest block.
+    void Reserve(size_t bytes, size_t align);
     Block* m_blocks = nullptr;
     char* m_next = nullptr;  // free bytes of the newest block: [m_next, m_end)
     char* m_end = nullptr;
