@@ -30,8 +30,8 @@
 // Costs. Insert and search are O(log n) on the path plus the size of the subtree
 // of equal keys. Nodes come from a block pool owned by the tree: an insert is a
 // bump allocation, and RemoveAll returns all blocks at once. Blocks grow to 2 MB
-// and are then advised as huge pages, which keeps TLB misses off the lookups of
-// large indexes.
+// huge blocks (huge_block.h), which keeps TLB misses off the lookups of large
+// indexes once huge pages back them.
 //
 // Not thread-safe: a tree and its result set belong to one caller at a time.
 #pragma once

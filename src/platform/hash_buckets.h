@@ -173,7 +173,7 @@ class CHashBuckets {
         m_nSize = size;
     }
 
-    // A zeroed array; a large one from huge pages when the system has them.
+    // A zeroed array; a large one from huge blocks (huge_block.h).
     static Node** NewTable(UINT size) {
         return static_cast<Node**>(tessmeta::AllocateArray(sizeof(Node*) * size));
     }

@@ -1,5 +1,6 @@
 #include "platform/huge_block.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <cstdlib>
@@ -18,6 +19,9 @@ namespace tessmeta {
 
 namespace {
 
+// Bytes of huge blocks mapped and not yet given back, process-wide.
+std::atomic<std::size_t> g_blockBytes{0};
+
 void* MapHugeBlock(std::size_t bytes) noexcept {
     // Map one huge page more than asked and trim both ends to the alignment.
     const std::size_t mappedBytes = bytes + kHugeBlockBytes;
@@ -31,8 +35,15 @@ void* MapHugeBlock(std::size_t bytes) noexcept {
     const std::uintptr_t end = begin + mappedBytes;
     if (aligned + bytes < end)
         ::munmap(reinterpret_cast<void*>(aligned + bytes), end - aligned - bytes);
-    ::madvise(reinterpret_cast<void*>(aligned), bytes, MADV_HUGEPAGE);
+    const std::size_t before = g_blockBytes.fetch_add(bytes, std::memory_order_relaxed);
+    if (before + bytes > kSmallPageBlockBytes)
+        ::madvise(reinterpret_cast<void*>(aligned), bytes, MADV_HUGEPAGE);
     return reinterpret_cast<void*>(aligned);
+}
+
+void UnmapHugeBlock(void* block, std::size_t bytes) noexcept {
+    ::munmap(block, bytes);
+    g_blockBytes.fetch_sub(bytes, std::memory_order_relaxed);
 }
 
 // Faults every page of a fresh block in. Writing zeros keeps the block as a fresh
@@ -92,7 +103,7 @@ class CWarmStock {
             left.swap(m_ready);
         }
         for (void* block : left)
-            ::munmap(block, kHugeBlockBytes);
+            UnmapHugeBlock(block, kHugeBlockBytes);
     }
 
   private:
@@ -134,7 +145,7 @@ void* AllocateHugeBlock(std::size_t bytes) noexcept {
 }
 
 void FreeHugeBlock(void* block, std::size_t bytes) noexcept {
-    if (block) ::munmap(block, bytes);
+    if (block) UnmapHugeBlock(block, bytes);
 }
 
 CHugeBlockWarmer::CHugeBlockWarmer(int ahead) {

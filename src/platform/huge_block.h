@@ -1,6 +1,6 @@
-// Large blocks for pools and arenas, backed by huge pages where the system offers
-// them: a two-megabyte page costs one page fault where 4 KiB pages cost 512, and on
-// a virtual machine every fault is a trap into the hypervisor.
+// Large blocks for pools and arenas, aligned to two megabytes and, once a process
+// holds many of them, backed by huge pages where the system offers them: a
+// two-megabyte page costs one page fault where 4 KiB pages cost 512.
 #pragma once
 
 #include <cstddef>
@@ -12,9 +12,18 @@ namespace tessmeta {
 // The size of the blocks AllocateHugeBlock hands out.
 inline constexpr std::size_t kHugeBlockBytes = std::size_t{2} << 20;
 
+// While the blocks a process holds come to no more than this, new ones are left to
+// small pages; only blocks beyond it are advised as huge pages. A huge page must
+// come from a free run of two megabytes, and a virtual machine that reports free
+// memory to its host has handed exactly those back, so each costs the host's
+// backing afresh; small pages come first from the pieces freed a moment ago, which
+// nobody reported. Past a gigabyte few such pieces are left, and huge pages fault
+// 512 times less.
+inline constexpr std::size_t kSmallPageBlockBytes = std::size_t{1} << 30;
+
 // `bytes` (a multiple of kHugeBlockBytes) of zeroed memory aligned to
-// kHugeBlockBytes and advised as huge pages, or null where that cannot be had (the
-// caller then takes ordinary storage). Give it back with FreeHugeBlock.
+// kHugeBlockBytes, advised as huge pages beyond kSmallPageBlockBytes, or null where that cannot be
+// had (the caller then takes ordinary storage). Give it back with FreeHugeBlock.
 void* AllocateHugeBlock(std::size_t bytes) noexcept;
 void FreeHugeBlock(void* block, std::size_t bytes) noexcept;
 

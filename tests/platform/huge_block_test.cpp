@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <fstream>
+#include <sstream>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -39,6 +42,52 @@ TEST(HugeBlock, WarmedBlocksAndZeroedArraysReadAsFreshMemory) {
     std::thread other(work, 0x5A5A);
     work(0xA5A5);
     other.join();
+}
+
+// Whether the mapping holding `at` is advised as huge pages: its THPeligible line in
+// /proc/self/smaps where the system advises per mapping; -1 where it cannot tell.
+int AdvisedHuge(const void* at) {
+    std::ifstream mode("/sys/kernel/mm/transparent_hugepage/enabled");
+    std::string modes;
+    if (!std::getline(mode, modes) || modes.find("[madvise]") == std::string::npos) return -1;
+    std::ifstream smaps("/proc/self/smaps");
+    const auto address = reinterpret_cast<std::uintptr_t>(at);
+    bool inside = false;
+    for (std::string line; std::getline(smaps, line);) {
+        std::uintptr_t begin = 0, end = 0;
+        char dash = 0;
+        std::istringstream head(line);
+        if (head >> std::hex >> begin >> dash >> end && dash == '-')
+            inside = begin <= address && address < end;
+        else if (inside && line.rfind("THPeligible:", 0) == 0)
+            return line.find('1') != std::string::npos ? 1 : 0;
+    }
+    return -1;
+}
+
+// Blocks stay on small pages while the process holds a gigabyte or less of them;
+// the blocks beyond are advised as huge pages, and giving blocks back lowers the
+// count again. (Mapped only: nothing here is touched.)
+TEST(HugeBlock, OnlyBlocksBeyondTheFirstGigabyteAreAdvisedAsHugePages) {
+    void* first = tessmeta::AllocateHugeBlock(kHugeBlockBytes);
+    ASSERT_NE(first, nullptr);
+    if (AdvisedHuge(first) < 0) {
+        tessmeta::FreeHugeBlock(first, kHugeBlockBytes);
+        GTEST_SKIP() << "the system does not advise huge pages per mapping";
+    }
+    EXPECT_EQ(AdvisedHuge(first), 0);
+    void* large = tessmeta::AllocateHugeBlock(tessmeta::kSmallPageBlockBytes);
+    void* beyond = tessmeta::AllocateHugeBlock(kHugeBlockBytes);
+    ASSERT_TRUE(large && beyond);
+    EXPECT_EQ(AdvisedHuge(large), 1);
+    EXPECT_EQ(AdvisedHuge(beyond), 1);
+    tessmeta::FreeHugeBlock(large, tessmeta::kSmallPageBlockBytes);
+    tessmeta::FreeHugeBlock(beyond, kHugeBlockBytes);
+    void* again = tessmeta::AllocateHugeBlock(kHugeBlockBytes);
+    ASSERT_NE(again, nullptr);
+    EXPECT_EQ(AdvisedHuge(again), 0);
+    tessmeta::FreeHugeBlock(again, kHugeBlockBytes);
+    tessmeta::FreeHugeBlock(first, kHugeBlockBytes);
 }
 
 }  // namespace
