@@ -258,15 +258,16 @@ bool CStringTablePair::FindText(ULONG id, std::string_view& out) const {
         out = {};
         return true;
     }
-    const CKelSmallString* row = m_pSmall->FindById(id);
+    bool large = false;
+    const CKelSmallString* row = m_pSmall->FindById(id, large);
     if (!row) return false;
-    if (!row->IsLarge()) {
+    if (!large) {
         out = row->GetText();
         return true;
     }
-    const CKelLargeString* large = m_pLarge->FindById(id);
-    if (!large) return false;
-    out = large->GetText();
+    const CKelLargeString* longRow = m_pLarge->FindById(id);
+    if (!longRow) return false;
+    out = longRow->GetText();
     return true;
 }
 

@@ -49,6 +49,17 @@ class CKelLargeString final : public CEnhRow<CLargeStringBase, CEnhLargeStringTa
     std::string_view GetText() const { return Text.GetValue().View(); }
 };
 
+// The id slots of the short rows mark the long strings, so that a text found by
+// id goes to the long row without reaching the short one first. A row's large flag
+// is set before it enters the table and never changes there.
+template <class Row>
+struct SStringSlotMark : SNoSlotMark {};
+template <>
+struct SStringSlotMark<CKelSmallString> {
+    static constexpr bool kUsed = true;
+    static bool Of(const CKelSmallString& row) { return row.IsLarge(); }
+};
+
 // What the small and the large table share: the row list, the three maps, the
 // load and the purging save.
 template <class Row>
@@ -74,6 +85,10 @@ class CEnhStringTable : public CEnhTableBase {
 
     Row* FindById(ULONG id) const {
         return m_byIdSlots.Find(id, [this](ULONG beyond) { return MapFind(beyond); });
+    }
+    // The same, and whether the row is marked (SStringSlotMark), told by its slot.
+    Row* FindById(ULONG id, bool& marked) const {
+        return m_byIdSlots.FindMarked(id, marked, [this](ULONG beyond) { return MapFind(beyond); });
     }
     Row* FindByText(std::string_view text) const {
         return FiledTextMap().Find(TextKey::Lookup(text));
@@ -135,7 +150,7 @@ class CEnhStringTable : public CEnhTableBase {
     }
 
     mutable IdMap m_byId;
-    CIdSlots<Row> m_byIdSlots;
+    CIdSlots<Row, SStringSlotMark<Row>> m_byIdSlots;
     mutable TextMap m_byText;
     mutable NoCaseMap m_byTextNoCase;
     // Gives the maps their load size, for `storedRows` rows, unless done already.

@@ -134,6 +134,25 @@ TEST(StringTable, MapsFiledDuringTheLoadAreSizedAsAfterIt) {
     }
 }
 
+// A long string is found by id from the mark in its slot, from the map while its id
+// lies beyond the slots, and from the slot again once the slots grow over it.
+TEST(StringTable, LongStringsFoundByIdInAndBeyondTheSlots) {
+    const std::string far(300, 'F'), near(260, 'N'), nearer(261, 'M');
+    SStoredRows rows;
+    rows.small = {{100000, "", 1}, {5000, "", 1}};  // both beyond the first slots
+    for (ULONG id = 1; id <= 600; ++id)
+        rows.small.push_back({id, std::to_string(id), 0});
+    rows.small.push_back({4999, "", 1});  // the slots grow over 5000 here
+    rows.large = {{100000, far}, {5000, near}, {4999, nearer}};
+    SLoaded m(rows);
+    const auto& table = m.ns->GetStringTablePair().GetSmallTable();
+    ASSERT_TRUE(table.FindById(100000) && table.FindById(5000));
+    EXPECT_EQ(TextOf(*m.ns, 100000), far);
+    EXPECT_EQ(TextOf(*m.ns, 5000), near);
+    EXPECT_EQ(TextOf(*m.ns, 4999), nearer);
+    EXPECT_EQ(TextOf(*m.ns, 600), "600");
+}
+
 // Random interning and lookups against a model made of std::maps.
 TEST(StringTable, MatchesAReferenceModel) {
     std::mt19937 rng(20240611);
