@@ -22,8 +22,9 @@ inline constexpr std::size_t kHugeBlockBytes = std::size_t{2} << 20;
 inline constexpr std::size_t kSmallPageBlockBytes = std::size_t{1} << 30;
 
 // `bytes` (a multiple of kHugeBlockBytes) of zeroed memory aligned to
-// kHugeBlockBytes, advised as huge pages beyond kSmallPageBlockBytes, or null where that cannot be
-// had (the caller then takes ordinary storage). Give it back with FreeHugeBlock.
+// kHugeBlockBytes, advised as huge pages beyond kSmallPageBlockBytes, or null where
+// that cannot be had (the caller then takes ordinary storage). Give it back with
+// FreeHugeBlock.
 void* AllocateHugeBlock(std::size_t bytes) noexcept;
 void FreeHugeBlock(void* block, std::size_t bytes) noexcept;
 

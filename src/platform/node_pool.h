@@ -8,9 +8,10 @@
 // everything with one walk over its blocks. Nodes are handed out in address order
 // from the newest block, so a block's pages are first touched only when its nodes
 // are; blocks of the largest size are huge blocks (huge_block.h: aligned to two
-// megabytes, and advised as huge pages once the process holds many). A freed node goes on the
-// pool's free list and is handed out again before any fresh one; blocks are released only by Reset
-// (which the containers call when they become empty) and by the destructor.
+// megabytes, and advised as huge pages once the process holds many). A freed node
+// goes on the pool's free list and is handed out again before any fresh one; blocks
+// are released only by Reset (which the containers call when they become empty)
+// and by the destructor.
 //
 // The pool hands out raw storage: the owner constructs its node in it and destroys
 // the node before giving the storage back.

@@ -51,7 +51,8 @@ TEST(CStringArenaTest, ChangesMoveTheTextOutAndMatchOrdinaryStrings) {
 }
 
 // Texts and raw allocations share the blocks: each allocation is aligned, none
-// overlaps another, and a text stored right after an allocation lies right behind it.
+// overlaps another, a text stored right after an allocation lies right behind it,
+// and copies and moves of the texts outlive the arena.
 TEST(CStringArenaTest, CopiesAndMovesOutliveNothingButTheArena) {
     CString copy;
     {
